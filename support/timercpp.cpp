@@ -1,0 +1,58 @@
+#include "support/timercpp.h"
+
+#include <cerrno>
+#include <ctime>
+#include <thread>
+
+namespace ara::per {
+namespace {
+
+void SleepFor(int delay) {
+  if (delay <= 0) {
+    return;
+  }
+  timespec rest{};
+  rest.tv_sec = delay / 1000;
+  rest.tv_nsec = (delay % 1000) * 1000000L;
+  while (::nanosleep(&rest, &rest) == -1 && errno == EINTR) {
+  }
+}
+
+}  // namespace
+
+void (*gfunction)(void*) = nullptr;
+
+Timer::Timer() : state_(std::make_shared<State>()) {}
+
+Timer::~Timer() { state_->stopped_ = true; }
+
+void Timer::setTimeout(void (*function)(void*), void* data, int delay) {
+  state_->stopped_ = false;
+  gfunction = function;
+  std::thread([state = state_, data, delay] { sleepAndCall(*state, data, delay); }).detach();
+}
+
+void Timer::stop() {
+  state_->stopped_ = true;
+  gfunction = nullptr;
+}
+
+void Timer::clearStopped() { state_->stopped_ = false; }
+
+void Timer::sleepAndCall(const State& state, void* data, int delay) {
+  if (state.stopped_) {
+    return;
+  }
+  SleepFor(delay);
+  if (state.stopped_) {
+    return;
+  }
+  // Read only now: it is the function of whoever armed or stopped a timer last.
+  void (*const function)(void*) = gfunction;
+  if (function == nullptr) {
+    return;
+  }
+  function(state.stopped_ ? nullptr : data);
+}
+
+}  // namespace ara::per

@@ -1,0 +1,51 @@
+#ifndef SUPPORT_TIMERCPP_H_
+#define SUPPORT_TIMERCPP_H_
+
+#include <memory>
+
+namespace ara::per {
+
+/// Calls a function once after a delay, on a thread of its own that nothing joins or wakes.
+///
+/// Intended: the function to call is one pointer for the whole process. The last `setTimeout`
+/// anywhere chooses it for every sleeping thread, each of which keeps its own data, and a `stop`
+/// anywhere silences them all.
+///
+/// Not guarded: the stop flag and the function are plain memory that the sleeping threads read.
+class Timer {
+ public:
+  Timer();
+  Timer(const Timer&) = delete;
+  Timer& operator=(const Timer&) = delete;
+
+  /// Keeps the sleeping threads of this timer from calling, so that none reaches an owner that is
+  /// gone; other timers are not silenced. A call that has begun is not waited for.
+  ~Timer();
+
+  /// Arms a call of `function` with `data` after `delay` milliseconds; 0 and less do not sleep.
+  /// Intended: this also revives threads of the same timer that were stopped and still sleep.
+  /// @param function  must accept a null pointer: that is what it gets when the timer is stopped
+  ///     in the moment of the call
+  /// @throws std::system_error when no thread can be started
+  void setTimeout(void (*function)(void*), void* data, int delay);
+
+  /// Silences every sleeping thread of the process; they still sleep to their end.
+  void stop();
+
+  /// Forgets an earlier `stop` without arming anything.
+  void clearStopped();
+
+ private:
+  // Shared with the sleeping threads, which outlive the timer.
+  struct State {
+    bool stopped_ = false;
+  };
+
+  static void sleepAndCall(const State& state, void* data, int delay);
+
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace ara::per
+
+#endif  // SUPPORT_TIMERCPP_H_
