@@ -1,0 +1,336 @@
+#include "key-value-storage/key_value_storage_impl.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <condition_variable>
+#include <cstring>
+#include <iostream>
+#include <mutex>
+#include <utility>
+
+#include "ara/per/json_parser.h"
+#include "support/log_here.h"
+
+namespace ara::per {
+namespace {
+
+using ara::log::LogLevel;
+
+constexpr char kConfigFile[] = "/PersistencyConfig.json";
+constexpr char kRedundantFile[] = ARA_PER_REDUNDANT_DIR "/kvsdatabase.json";
+
+// Intended: the two defaults differ by a factor of ten. Milliseconds.
+constexpr std::uint32_t kUpdateTimeWithoutFile = 60000;
+constexpr std::uint32_t kUpdateTimeOfRefusedFile = 6000;
+
+DatabaseConfig DefaultConfig(std::uint32_t updateTime) { return {false, 0, 0, updateTime}; }
+
+bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+
+/// A mutex that is also defined to be unlocked by a thread that does not hold it, which lets the
+/// next one in, and while nobody holds it, which does nothing.
+class SyncLock {
+ public:
+  void lock() {
+    std::unique_lock<std::mutex> guard(mutex_);
+    released_.wait(guard, [this] { return !held_; });
+    held_ = true;
+  }
+
+  void unlock() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    held_ = false;
+    released_.notify_one();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable released_;
+  bool held_ = false;
+};
+
+// One write of a database of the process at a time. Locked and unlocked by hand.
+SyncLock mSyncLock;
+
+}  // namespace
+
+struct KeyValueStorage::Impl::Item : KvsType {
+  explicit Item(const KvsType& value) : KvsType(value) {}
+  explicit Item(KvsType&& value) : KvsType(std::move(value)) {}
+
+  ItemList::iterator place;  // where the engine's list holds this item
+};
+
+KeyValueStorage::Impl::Impl(const std::string& database) : database_(database) {
+  config_path_ = getTheCurrentPath() + kConfigFile;
+  log_ = LogExtend::getLogExtenObject("PersistencyService");
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "impl configpath: %s :database=%s",
+                 config_path_.c_str(), database_.c_str());
+  readConfiguration();
+  if (config_.isRedundancy) {
+    InitWithRedundancy();
+  } else {
+    InitWithoutRedundancy();
+  }
+  if (config_.updateTime != 0) {
+    timer_.clearStopped();
+  }
+  // Intended: no lock stands against this. Opening a database lets waiting writers go on, also
+  // when an exception out of a save has left the lock held.
+  mSyncLock.unlock();
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::Impl end");
+}
+
+KeyValueStorage::Impl::~Impl() = default;
+
+std::string KeyValueStorage::Impl::getTheCurrentPath() {
+  std::array<char, 200> buffer{};
+  // A directory that does not fit, or is gone, counts as one in which nothing can be found.
+  return ::getcwd(buffer.data(), buffer.size()) == nullptr ? "/dev/null" : buffer.data();
+}
+
+void KeyValueStorage::Impl::readConfiguration() {
+  if (!Exists(config_path_)) {
+    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE, "config file is not exit");
+    config_ = DefaultConfig(kUpdateTimeWithoutFile);
+    return;
+  }
+  ManifestHelper manifest;
+  if (manifest.initInfo(config_path_, ConfigKind::kDataConfig)) {
+    manifest.getDatabaseConfig(config_);
+  } else {
+    config_ = DefaultConfig(kUpdateTimeOfRefusedFile);
+  }
+}
+
+KeyValueStorage::Impl::ItemList KeyValueStorage::Impl::getKVSItemsFromJson(
+    const std::string& path) const {
+  if (!Exists(path)) {
+    log_->logPrint(LogLevel::kError, ARA_PER_HERE, "database %s file is not exit", path.c_str());
+    return {};
+  }
+  try {
+    ItemList items;
+    std::list<std::unique_ptr<KvsType>> parsed = JsonParser(path).parseKvsJson();
+    for (; !parsed.empty(); parsed.pop_front()) {
+      // Intended: the reader marks no item so today.
+      if (parsed.front()->GetStatus() != KvsType::Status::kCheckSumError) {
+        items.push_back(std::make_shared<Item>(std::move(*parsed.front())));
+      }
+    }
+    log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "getKVSItemsFromJson is end filename=%s",
+                   path.c_str());
+    return items;
+  } catch (const std::exception&) {
+    log_->logPrint(LogLevel::kError, ARA_PER_HERE, "exception is happen");
+    return {};
+  }
+}
+
+void KeyValueStorage::Impl::InitWithoutRedundancy() {
+  const ItemList items = getKVSItemsFromJson(database_);
+  if (items.empty()) {
+    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
+                   "KeyValueStorage::Impl::InitWithoutRedundancy the file is empty");
+    return;
+  }
+  for (const std::shared_ptr<KvsType>& item : items) {
+    append(item);
+    kvs_items_[item->GetKey()] = item;
+  }
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
+                 "KeyValueStorage::Impl::InitWithoutRedundancy end database_=%s",
+                 database_.c_str());
+}
+
+void KeyValueStorage::Impl::InitWithRedundancy() {
+  in_redundancy_init_ = true;
+  if (!Exists(kRedundantFile)) {
+    log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
+                   "KeyValueStorage::Impl::InitWithoutRedundancy redundant data file is not exit");
+    InitWithoutRedundancy();
+    config_.isRedundancy = false;
+    // Intended: in_redundancy_init_ stays set, so that setValue never arms the timer.
+    return;
+  }
+  const ItemList items = getKVSItemsFromJson(database_);
+  mergeWithRedundancy(items, getKVSItemsFromJson(kRedundantFile));
+  in_redundancy_init_ = false;
+}
+
+void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
+                                                const ItemList& redundant_items) {
+  // Intended: the redundant file is a witness and no second source. Items are paired by position
+  // alone, a value always comes from the main file, and pairing goes on behind a difference.
+  auto witness = redundant_items.begin();
+  for (const std::shared_ptr<KvsType>& item : items) {
+    if (witness == redundant_items.end()) {
+      log_->logPrint(LogLevel::kError, ARA_PER_HERE,
+                     "KeyValueStorage::Impl::InitWithRedundancy redundant_items is null");
+      return;
+    }
+    const KvsType& redundant = **witness;
+    ++witness;
+    const std::string key = item->GetKey();
+    const bool redundantIsGood = redundant.GetStatus() != KvsType::Status::kCheckSumError;
+    const bool itemIsGood = item->GetStatus() != KvsType::Status::kCheckSumError;
+    if (redundantIsGood ? itemIsGood && key == redundant.GetKey() : kvs_items_.count(key) != 0) {
+      setValue(key, *item);
+    }
+    log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
+                   "KeyValueStorage::Impl::InitWithRedundancy set value3");
+  }
+}
+
+void KeyValueStorage::Impl::append(const std::shared_ptr<KvsType>& item) {
+  kvs_items_in_add_order_.push_back(item);
+  static_cast<Item&>(*item).place = std::prev(kvs_items_in_add_order_.end());
+}
+
+void KeyValueStorage::Impl::deinit() {
+  kvs_items_in_add_order_.clear();
+  kvs_items_.clear();
+  timer_.stop();
+}
+
+std::vector<std::string> KeyValueStorage::Impl::getAllKeys() const {
+  std::vector<std::string> keys;
+  keys.reserve(kvs_items_in_add_order_.size());
+  for (const std::shared_ptr<KvsType>& item : kvs_items_in_add_order_) {
+    keys.push_back(item->GetKey());
+  }
+  // Intended: the text names another function.
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::syncToLocalStorage end");
+  return keys;
+}
+
+bool KeyValueStorage::Impl::hasKey(const std::string& key) const {
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::hasKey key is:%s ",
+                 key.c_str());
+  return kvs_items_.count(key) != 0;
+}
+
+KvsType KeyValueStorage::Impl::getValue(const std::string& key) const { return readValue(key); }
+
+const KvsType& KeyValueStorage::Impl::readValue(const std::string& key) const {
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::getValue key for:%s",
+                 key.c_str());
+  const auto entry = kvs_items_.find(key);
+  if (entry == kvs_items_.end()) {
+    return missing_;  // Intended: its status is kSuccess
+  }
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::getValue find");
+  return *entry->second;
+}
+
+void KeyValueStorage::Impl::setValue(const std::string& key, const KvsType& value) {
+  storeValue(key, value);
+}
+
+void KeyValueStorage::Impl::setValue(const std::string& key, KvsType&& value) {
+  storeValue(key, std::move(value));
+}
+
+template <class Value>
+void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
+                 "KeyValueStorage::Impl::setValue for key: %s isTimer=%d", key.c_str(),
+                 static_cast<int>(isTimer));
+  db_changed_ = true;
+  static_cast<void>(value.GetType());  // a moved-from value throws before anything is overwritten
+  const auto entry = kvs_items_.lower_bound(key);
+  if (entry != kvs_items_.end() && entry->first == key) {
+    KvsType& item = *entry->second;
+    item = std::forward<Value>(value);
+    item.SetKey(key);
+  } else {
+    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
+                   "KeyValueStorage::Impl::setValue not find the key");
+    const auto item = std::make_shared<Item>(std::forward<Value>(value));
+    item->SetKey(key);
+    kvs_items_.emplace_hint(entry, key, item);
+    append(item);
+  }
+  if (!in_redundancy_init_) {
+    armTimer();
+  }
+}
+
+void KeyValueStorage::Impl::removeKey(const std::string& key) {
+  // Intended: the text has no place for the key.
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::removeKey key: ");
+  const auto entry = kvs_items_.find(key);
+  if (entry != kvs_items_.end()) {
+    db_changed_ = true;
+    kvs_items_in_add_order_.erase(static_cast<const Item&>(*entry->second).place);
+    kvs_items_.erase(entry);
+  } else {
+    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
+                   "KeyValueStorage::Impl::removeKey not find the key");
+  }
+  armTimer();  // Intended: also when nothing was removed
+}
+
+void KeyValueStorage::Impl::removeAllKeys() {
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
+                 "KeyValueStorage::Impl::removeAllKeys kvs_items_in_add_order_.count:%d",
+                 static_cast<int>(kvs_items_in_add_order_.size()));
+  if (!kvs_items_.empty()) {
+    db_changed_ = true;
+  }
+  kvs_items_.clear();
+  kvs_items_in_add_order_.clear();
+  armTimer();  // Intended: also when there was nothing to remove
+}
+
+void KeyValueStorage::Impl::armTimer() {
+  if (!isTimer && config_.updateTime != 0) {
+    timer_.setTimeout(&Impl::onTimer, this, static_cast<int>(config_.updateTime));
+    isTimer = true;
+  }
+}
+
+void KeyValueStorage::Impl::onTimer(void* data) {
+  if (data == nullptr) {
+    std::cout << "timer is called but the data is invalid" << std::endl;
+    return;
+  }
+  std::cout << "timer is called" << std::endl;
+  static_cast<Impl*>(data)->syncToLocalStorage();
+}
+
+bool KeyValueStorage::Impl::sizeLimitReached() const {
+  struct stat status {};
+  return config_.isRedundancy && ::stat(database_.c_str(), &status) == 0 &&
+         static_cast<off_t>(config_.maxSize) <= status.st_size;
+}
+
+void KeyValueStorage::Impl::syncToLocalStorage() {
+  // Intended: no guard. An exception out of the write leaves the lock held.
+  mSyncLock.lock();
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "db_changed_:%d ",
+                 static_cast<int>(db_changed_));
+  if (!db_changed_) {
+    mSyncLock.unlock();
+    return;  // Intended: isTimer keeps its value
+  }
+  db_changed_ = false;
+  isTimer = false;
+  timer_.stop();
+  if (sizeLimitReached()) {
+    log_->logPrint(LogLevel::kError, ARA_PER_HERE,
+                   "the file is max size, it can not to storage the data.");
+    mSyncLock.unlock();
+    return;
+  }
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "syncToLocalStorage db_changed_ database_:%s ",
+                 database_.c_str());
+  JsonParser parser(database_);
+  parser.writeKvsJson(kvs_items_in_add_order_);
+  mSyncLock.unlock();
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::syncToLocalStorage end");
+}
+
+}  // namespace ara::per
