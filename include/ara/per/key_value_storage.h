@@ -94,9 +94,9 @@ class ARA_PER_EXPORT KeyValueStorage {
   ///
   /// Intended: no failure is reported. With redundancy configured, a file that is not smaller than
   /// `maxSize` bytes refuses the write, and the changes stay in memory until a later change.
-  /// @throws std::logic_error when a stored value contradicts its own type, which only
-  ///     `InternalAccess` can bring about; no database of the process can be written after that
-  ///     until another one is opened
+  /// @throws LogicErrorException when an item inside a stored object was moved from, which only
+  ///     `InternalAccess` can bring about; nothing is written, and no database of the process can
+  ///     be written after that until another one is opened
   void SyncToStorage() const;
 
   /// Maps a value's status and ignores `key`. The one instance has `T` = `KvsType::Status`.
