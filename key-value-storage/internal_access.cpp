@@ -58,4 +58,14 @@ KvsType::Type InternalAccess::getKvsTypeFromString(const KvsType&, const std::st
   return KvsType::Impl::getKvsTypeFromString(name);
 }
 
+template <class Item>
+void InternalAccess::addPlainItem(const KvsType& array, Item item) {
+  array.impl().beginArrayItem();
+  array.impl().addPlainItem(item);
+}
+
+template void InternalAccess::addPlainItem(const KvsType&, long);
+template void InternalAccess::addPlainItem(const KvsType&, unsigned long);
+template void InternalAccess::addPlainItem(const KvsType&, bool);
+
 }  // namespace ara::per

@@ -146,22 +146,26 @@ bool TryRead(Read&& read) {
   }
 }
 
+/// The type in which a store holds an integer or a flag.
+template <class T>
+using Cell = std::conditional_t<std::is_same_v<T, bool>, bool,
+                                std::conditional_t<std::is_signed_v<T>, long, unsigned long>>;
+
+template <class T>
+constexpr Kind kKindOf = std::is_same_v<T, bool> ? Kind::kBool
+                         : std::is_signed_v<T>   ? Kind::kInt
+                                                 : Kind::kUint;
+
 /// Reads the elements where they are stored, when that cannot be told from reading a copy one by
 /// one: integers and flags, whose reads log nothing, of the right kind and in a number that the
 /// cursor does not take for none.
 template <class T>
 bool ReadInPlace(const KvsTypeInternalType& store, std::vector<T>& elements) {
   if constexpr (std::is_integral_v<T>) {
-    using Cell =
-        std::conditional_t<std::is_same_v<T, bool>, bool,
-                           std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>;
-    constexpr Kind kKind = std::is_same_v<T, bool> ? Kind::kBool
-                           : std::is_signed_v<T>   ? Kind::kInt
-                                                   : Kind::kUint;
-    if (store.GetType() == kKind && store.GetSize() % 256 != 0) {
+    if (store.GetType() == kKindOf<T> && store.GetSize() % 256 != 0) {
       elements.reserve(store.GetSize());
       for (const std::uint64_t cell : store.scalars()) {
-        elements.push_back(static_cast<T>(KvsTypeInternalType::fromCell<Cell>(cell)));
+        elements.push_back(static_cast<T>(KvsTypeInternalType::fromCell<Cell<T>>(cell)));
       }
       return true;
     }
@@ -192,7 +196,11 @@ template <class T>
 KvsType ArrayOf(const std::vector<T>& elements) {
   KvsType array(static_cast<T>(elements.front()));
   for (std::size_t i = 1; i < elements.size(); ++i) {
-    array.AddArrayItem(KvsType(static_cast<T>(elements[i])));
+    if constexpr (std::is_integral_v<T>) {
+      InternalAccess().addPlainItem(array, Cell<T>{elements[i]});
+    } else {
+      array.AddArrayItem(KvsType(elements[i]));
+    }
   }
   return array;
 }

@@ -100,15 +100,15 @@ float KvsType::Impl::GetFloat() const {
 }
 
 double KvsType::Impl::GetDouble() const {
-  logType(m_internal_type);
+  logType();
   demand(IsBetween(m_internal_type, Type::kFloat, Type::kDouble), "GetDouble", __LINE__);
   return internal_value_.GetDouble();
 }
 
 std::string KvsType::Impl::GetString() const {
-  logType(m_internal_type);
+  logType();
   demand(m_internal_type == Type::kString, "GetString", __LINE__);
-  logType(m_internal_type);
+  logType();
   return internal_value_.GetString();
 }
 
@@ -134,9 +134,7 @@ void KvsType::Impl::GetBinary(void* data, std::size_t len) {
 }
 
 void KvsType::Impl::AddArrayItem(const KvsType& kvs) {
-  internal_value_.SetParsedAsArray(true);  // first: stays set when the item is refused
-  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type=%d",
-                        NumberOf(m_internal_type));
+  beginArrayItem();
   const Type itemType = kvs.GetType();
   if (m_internal_type == Type::kObject) {
     internal_value_.Add(kvs);
@@ -151,27 +149,43 @@ void KvsType::Impl::AddArrayItem(const KvsType& kvs) {
     case Type::kSInt16:
     case Type::kSInt32:
     case Type::kSInt64:
-      sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type is int");
-      internal_value_.Add(kvs.GetSInt64());
+      addPlainItem(long{kvs.GetSInt64()});
       break;
     case Type::kUInt8:
     case Type::kUInt16:
     case Type::kUInt32:
     case Type::kUInt64:
-      sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type is uint");
-      internal_value_.Add(kvs.GetUInt64());
+      addPlainItem(static_cast<unsigned long>(kvs.GetUInt64()));
       break;
     case Type::kString:
       internal_value_.Add(kvs.GetString());
       break;
     case Type::kBoolean:
-      internal_value_.Add(kvs.GetBool());
+      addPlainItem(kvs.GetBool());
       break;
     default:
       throw LogicErrorException(
           "void KvsType::Impl::AddArrayItem(const KvsType& kvs): not supported type");
   }
 }
+
+void KvsType::Impl::beginArrayItem() {
+  internal_value_.SetParsedAsArray(true);  // first: stays set when the item is refused
+  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type=%d",
+                        NumberOf(m_internal_type));
+}
+
+void KvsType::Impl::addPlainItem(long item) {
+  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type is int");
+  internal_value_.Add(item);
+}
+
+void KvsType::Impl::addPlainItem(unsigned long item) {
+  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type is uint");
+  internal_value_.Add(item);
+}
+
+void KvsType::Impl::addPlainItem(bool item) { internal_value_.Add(item); }
 
 bool KvsType::Impl::IsInteger() const {
   return IsBetween(m_internal_type, Type::kSInt8, Type::kSInt64);
@@ -205,8 +219,8 @@ std::string KvsType::Impl::GetStatusAsString(KvsType::Status status) const {
   return "Unknown state, should not happen!";
 }
 
-void KvsType::Impl::logType(Type type) {
-  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "type=%d", NumberOf(type));
+void KvsType::Impl::logType() const {
+  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "type=%d", NumberOf(m_internal_type));
 }
 
 void KvsType::Impl::LogState() const {

@@ -58,12 +58,16 @@ class KvsType::Impl {
   static KvsType::Type getKvsTypeFromString(const std::string& name);
   std::string GetStatusAsString(KvsType::Status status) const;
 
-  /// Logs what a successful or failing read as double or text logs on entry.
-  static void logType(KvsType::Type type);
-
  private:
   friend class InternalAccess;
 
+  /// The two steps of `AddArrayItem`, the second for an item of the value's own group.
+  void beginArrayItem();
+  void addPlainItem(long item);
+  void addPlainItem(unsigned long item);
+  void addPlainItem(bool item);
+
+  void logType() const;
   void demand(bool fits, const char* function, int line, const char* suffix = "") const;
   void demandBinary(bool fits, const char* logged, int line, const char* suffix = "") const;
 

@@ -33,8 +33,8 @@ void LogStream::Finish() noexcept {
 
 Logger::Logger(std::string_view contextId, LogLevel level) : contextId_(contextId), level_(level) {}
 
-LogStream Logger::Start(LogLevel level) const {
-  if (level > level_ || level > GetThreshold()) return LogStream(nullptr);
+LogStream Logger::Open(LogLevel level) const {
+  if (level > GetThreshold()) return LogStream(nullptr);
   return LogStream(new LogStream::Line{*this, level, {}});
 }
 

@@ -34,10 +34,7 @@ LogLevel ThresholdFromEnvironment() {
   return kDefaultThreshold;
 }
 
-std::atomic<LogLevel>& Threshold() {
-  static std::atomic<LogLevel> threshold{ThresholdFromEnvironment()};
-  return threshold;
-}
+constexpr std::uint8_t kNotLookedUp = 255;
 
 struct SinkState {
   std::mutex mutex;
@@ -83,11 +80,23 @@ thread_local bool SinkCall::running_ = false;
 
 }  // namespace
 
+std::atomic<std::uint8_t> internal::threshold{kNotLookedUp};
+
 void SetThreshold(LogLevel threshold) noexcept {
-  Threshold().store(threshold, std::memory_order_relaxed);
+  internal::threshold.store(static_cast<std::uint8_t>(threshold), std::memory_order_relaxed);
 }
 
-LogLevel GetThreshold() noexcept { return Threshold().load(std::memory_order_relaxed); }
+LogLevel GetThreshold() noexcept {
+  std::uint8_t number = internal::threshold.load(std::memory_order_relaxed);
+  if (number == kNotLookedUp) {
+    const auto atStart = static_cast<std::uint8_t>(ThresholdFromEnvironment());
+    // Another thread may have looked, or set a threshold, in between: then that one counts.
+    if (internal::threshold.compare_exchange_strong(number, atStart, std::memory_order_relaxed)) {
+      number = atStart;
+    }
+  }
+  return static_cast<LogLevel>(number);
+}
 
 void SetSink(Sink sink) {
   std::shared_ptr<const Sink> next;

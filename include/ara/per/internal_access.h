@@ -38,6 +38,10 @@ class ARA_PER_EXPORT InternalAccess {
   std::string getKvsTypeAsString(const KvsType& value, const KvsType::Type& type);
   /// @return the type of that name, or `kNotSupported`; `value` is not looked at
   KvsType::Type getKvsTypeFromString(const KvsType& value, const std::string& name);
+
+  /// `AddArrayItem` of an integer or a flag on a plain value, without making a value of the item.
+  template <class Item>
+  ARA_PER_LOCAL void addPlainItem(const KvsType& array, Item item);
 };
 
 }  // namespace ara::per

@@ -1,6 +1,7 @@
 #ifndef ARA_LOG_LOGGING_H_
 #define ARA_LOG_LOGGING_H_
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -24,6 +25,14 @@ enum class LogLevel : std::uint8_t {
 };
 
 class Logger;
+
+namespace internal {
+
+/// The number of the threshold in force, or one above every level as long as nobody has looked at
+/// the environment. It is here so that a line that is not shown costs no call.
+ARA_LOG_EXPORT extern std::atomic<std::uint8_t> threshold;
+
+}  // namespace internal
 
 /// A line in the making. The pieces given with `<<` are collected and go out as one line at
 /// `Flush`, or at the end of the stream's life if pieces are left. The stream of a line that is not
@@ -102,7 +111,15 @@ class ARA_LOG_EXPORT Logger {
 
   Logger(std::string_view contextId, LogLevel level);
 
-  LogStream Start(LogLevel level) const;
+  LogStream Start(LogLevel level) const {
+    const auto number = static_cast<std::uint8_t>(level);
+    if (level > level_ || number > internal::threshold.load(std::memory_order_relaxed)) {
+      return LogStream(nullptr);
+    }
+    return Open(level);
+  }
+
+  LogStream Open(LogLevel level) const;
 
   const std::string contextId_;
   const LogLevel level_;
