@@ -5,8 +5,11 @@
 #include "support/log_here.h"
 
 namespace ara::per {
+namespace {
 
 using ara::log::LogLevel;
+
+}  // namespace
 
 JsonArray::JsonArray()
     : m_length(2), m_text("[]"), m_log(LogExtend::getLogExtenObject("PersistencyService")) {}
@@ -54,14 +57,9 @@ bool JsonArray::addArrayToArray(JsonArray* array) {
 std::string JsonArray::getSerializationForObject() { return m_text; }
 
 int JsonArray::saveArrayObject(std::string path) {
-  const auto logOpenFailure = [&](const char* reason) {
-    m_log->logPrint(LogLevel::kError, ARA_PER_HERE, "open the file(%s) error(%s)", path.c_str(),
-                    reason);
-  };
-  const auto logWritten = [this](int) {
+  return SaveText(path, m_text, m_length, 300, *m_log, ARA_PER_HERE, [this](ssize_t) {
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "write size =%d", m_length);
-  };
-  return SaveText(path, m_text, m_length, {300, logOpenFailure, logWritten});
+  });
 }
 
 }  // namespace ara::per

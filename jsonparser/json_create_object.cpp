@@ -5,8 +5,11 @@
 #include "support/log_here.h"
 
 namespace ara::per {
+namespace {
 
 using ara::log::LogLevel;
+
+}  // namespace
 
 JsonObject::JsonObject()
     : m_length(2), m_text("{}"), m_log(LogExtend::getLogExtenObject("PersistencyService")) {}
@@ -59,15 +62,10 @@ bool JsonObject::addObjectToObject(std::string name, JsonObject* object) {
 std::string JsonObject::getSerializationForObject() { return m_text; }
 
 int JsonObject::saveObject(std::string path) {
-  const auto logOpenFailure = [&](const char* reason) {
-    m_log->logPrint(LogLevel::kError, ARA_PER_HERE, "open the file(%s) error(%s)", path.c_str(),
-                    reason);
-  };
-  const auto logWritten = [this](int written) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "write size=%d, oringe size=%d", written,
-                    m_length);
-  };
-  return SaveText(path, m_text, m_length, {30, logOpenFailure, logWritten});
+  return SaveText(path, m_text, m_length, 30, *m_log, ARA_PER_HERE, [this](ssize_t written) {
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "write size=%d, oringe size=%d",
+                    static_cast<int>(written), m_length);
+  });
 }
 
 }  // namespace ara::per

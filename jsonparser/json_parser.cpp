@@ -2,15 +2,13 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
 #include "ara/per/json_create_array_object.h"
 #include "ara/per/logic_error_exception.h"
 #include "jsconfig/jsconfig.h"
+#include "support/json_value_class.h"
 #include "support/log_here.h"
 
 namespace ara::per {
@@ -22,76 +20,58 @@ using jsconfig::CObjectArray;
 using Kind = KvsTypeInternalType::Kind;
 using Type = KvsType::Type;
 
-/// The classes that `CObject::getType` gives a token and `SwitchTypeInner` a type name.
-enum JsonValueClass : int {
-  kBoolean = 1,
-  kUnsigned = 3,
-  kSigned = 4,
-  kFloating = 5,
-  kText = 6,
-  kArray = 7,
-  kObject = 8,
-};
-
-struct TypeClass {
-  const char* name;
-  JsonValueClass valueClass;
-};
-
-constexpr std::array kTypeClasses = {
-    TypeClass{"sint8", kSigned},
-    TypeClass{"sint16", kSigned},
-    TypeClass{"sint32", kSigned},
-    TypeClass{"sint64", kSigned},
-    TypeClass{"uint8", kUnsigned},
-    TypeClass{"uint16", kUnsigned},
-    TypeClass{"uint32", kUnsigned},
-    TypeClass{"uint64", kUnsigned},
-    TypeClass{"bool", kBoolean},
-    TypeClass{"float", kFloating},
-    // Intended: a nested array of doubles is read as unsigned integers.
-    TypeClass{"double", kUnsigned},
-    TypeClass{"string", kText},
-    TypeClass{"object", kObject},
-};
-
 const char* TypeName(bool initMode) { return initMode ? "valueDataType" : "type"; }
 const char* ValueName(bool initMode) { return initMode ? "initValue" : "value"; }
 
-/// Neither a null token (0) nor an absent one (2) can be used.
-bool IsInvalid(const CObject& token) { return (token.getType() & ~2) == 0; }
+bool IsRefused(const CObject& token) { return RefusesJsonClass(token.getType()); }
 
-bool Refuse() {
-  std::cout << "the json type is invalid" << std::endl;
-  return false;
-}
-
-/// Sends a scalar, or one element of an array of scalars, as the event of its declared type.
-/// @return false for a type that has no scalars
-bool SendValue(JsonReadHandler& handler, const CObject& value, Type type) {
+/// Sends a scalar, or one element of an array of scalars, as the event of its declared type; a type
+/// without scalars sends nothing. A text ends at its first zero byte.
+void SendValue(JsonReadHandler& handler, const CObject& value, Type type) {
   switch (type) {
     case Type::kSInt64:
-      return handler.Int64(value.toInt64(nullptr));
+      handler.Int64(value.toInt64(nullptr));
+      break;
     case Type::kSInt8:
     case Type::kSInt16:
     case Type::kSInt32:  // Intended: not narrowed any further
-      return handler.Int(value.toInt32(nullptr));
+      handler.Int(value.toInt32(nullptr));
+      break;
     case Type::kFloat:  // Intended: keeps the whole double
     case Type::kDouble:
-      return handler.Double(value.toDouble(nullptr));
+      handler.Double(value.toDouble(nullptr));
+      break;
     case Type::kUInt64:
-      return handler.Uint64(value.toUInt64(nullptr));
+      handler.Uint64(value.toUInt64(nullptr));
+      break;
     case Type::kUInt8:
     case Type::kUInt16:
     case Type::kUInt32:
-      return handler.Uint(value.toUInt32(nullptr));
+      handler.Uint(value.toUInt32(nullptr));
+      break;
     case Type::kBoolean:
-      return handler.Bool(value.toBool(nullptr));
+      handler.Bool(value.toBool(nullptr));
+      break;
     case Type::kString:
-      return handler.String(value.toString(nullptr).c_str());
+      handler.String(value.toString(nullptr).c_str());
+      break;
     default:
-      return false;
+      break;
   }
+}
+
+/// Builds a nested array: the first element makes the value, the others are added.
+template <class Element, class Read>
+KvsType BuildArray(const CObjectArray& array, const std::string& key, Read&& read) {
+  KvsType result(Element{read(array[0])});
+  InternalAccess access;
+  access.SetKey(result, key);
+  KvsTypeInternalType& store = access.GetInternalValue(result);
+  store.SetParsedAsArray(true);
+  for (int i = 1; i < array.countObject(); ++i) {
+    store.Add(Element{read(array[i])});
+  }
+  return result;
 }
 
 /// Reads a store to its end, which is an exception and no fault.
@@ -138,10 +118,14 @@ std::string AddElements(JsonArray& array, KvsTypeInternalType& store, Type type)
     case Type::kString:
       return ReadToEnd(store, Kind::kString,
                        [&] { array.addStringToArray(store.GetStringNext()); });
-    default:
+    default:  // Intended: a flag is written as 1 or 0
       return ReadToEnd(store, Kind::kBool,
                        [&] { array.addIntToArray(static_cast<int>(store.GetBoolNext())); });
   }
+}
+
+void AddType(JsonObject& object, const KvsType& value) {
+  object.addStringToObject("type", InternalAccess().getKvsTypeAsString(value, value.GetType()));
 }
 
 /// Adds the "value" member of a plain value.
@@ -172,7 +156,7 @@ void AddScalar(JsonObject& object, const KvsType& value) {
     case Type::kString:
       object.addStringToObject("value", value.GetString());
       break;
-    default:
+    default:  // Intended: a flag is written as 1 or 0
       object.addIntToObject("value", static_cast<int>(value.GetBool()));
       break;
   }
@@ -240,7 +224,7 @@ std::unique_ptr<KvsType> JsonParser::parseKvsTypeFromString(const std::string& t
   }
   CObject* const root = document.root();
   JsonReadHandler handler(*this, items);
-  if (root == nullptr || root->getType() != kArray) {
+  if (root == nullptr || root->getType() != kJsonArray) {
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "the Kvs format error");
     return nullptr;
   }
@@ -263,8 +247,8 @@ bool JsonParser::parseJsonArrayObject(const CObjectArray& items, JsonReadHandler
   m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "the arrary size=(%d)", count);
   for (int i = 0; i < count; ++i) {
     const CObject item = items[i];
-    if (IsInvalid(item)) {
-      return Refuse();
+    if (IsRefused(item)) {
+      return false;
     }
     // Intended: a missing key is not refused; it reads as an empty text.
     const CObject keyObject = item["key"];
@@ -273,25 +257,25 @@ bool JsonParser::parseJsonArrayObject(const CObjectArray& items, JsonReadHandler
     handler.String(keyObject.toString(nullptr).c_str());
 
     const CObject typeObject = item[TypeName(initMode)];
-    if (IsInvalid(typeObject)) {
-      return Refuse();
+    if (IsRefused(typeObject)) {
+      return false;
     }
     std::string typeName = typeObject.toString(nullptr);
     Type type = Type::kNotSupported;
     handler.setValueType(typeName, type);
 
     const CObject valueObject = item[ValueName(initMode)];
-    if (IsInvalid(valueObject)) {
-      return Refuse();
+    if (IsRefused(valueObject)) {
+      return false;
     }
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "eObjType=(%d),eKvsType=%s",
                     valueObject.getType(), typeName.c_str());
-    if (SwitchTypeInner(typeName) == kObject) {
+    if (SwitchTypeInner(typeName) == kJsonObject) {
       if (!parseArrayObj(handler, valueObject, initMode)) {
         m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseArrayObj error");
         return false;
       }
-    } else if (valueObject.getType() == kArray) {
+    } else if (valueObject.getType() == kJsonArray) {
       parseArrayValue(handler, valueObject, type);
     } else {
       parseSingleValue(handler, valueObject, type);
@@ -302,8 +286,10 @@ bool JsonParser::parseJsonArrayObject(const CObjectArray& items, JsonReadHandler
 }
 
 void JsonParser::parseSingleValue(JsonReadHandler& handler, const CObject& value, Type type) {
-  if (!SendValue(handler, value, type) && type != Type::kBinary && type != Type::kObject) {
+  if (type == Type::kNotSupported) {
     handler.Null();
+  } else {
+    SendValue(handler, value, type);
   }
 }
 
@@ -323,12 +309,12 @@ bool JsonParser::parseArrayObj(JsonReadHandler& handler, const CObject& value, b
   handler.setParseAsArray(true);
   for (int i = 0; i < count; ++i) {
     const CObject element = value[i];
-    if (IsInvalid(element)) {
-      return Refuse();
+    if (IsRefused(element)) {
+      return false;
     }
     const CObject inner = element[ValueName(initMode)];
-    if (IsInvalid(inner)) {
-      return Refuse();
+    if (IsRefused(inner)) {
+      return false;
     }
     // Intended: on this level the name is "type" in init mode, too, and a missing one passes.
     std::string typeName = element["type"].toString(nullptr);
@@ -346,18 +332,18 @@ bool JsonParser::parseArrayObjInner(const CObject& value, KvsType& parent, bool 
   m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "iAarraySize=%d", count);
   for (int i = 0; i < count; ++i) {
     const CObject element = value[i];
-    if (IsInvalid(element)) {
-      return Refuse();
+    if (IsRefused(element)) {
+      return false;
     }
     const CObject inner = element[ValueName(initMode)];
-    if (IsInvalid(inner)) {
-      return Refuse();
+    if (IsRefused(inner)) {
+      return false;
     }
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "objValue:%s", inner.toString(nullptr).c_str());
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "eObjType=(%d)", inner.getType());
     const CObject typeObject = element[TypeName(initMode)];
-    if (IsInvalid(typeObject)) {
-      return Refuse();
+    if (IsRefused(typeObject)) {
+      return false;
     }
     std::string typeName = typeObject.toString(nullptr);
     KvsType kv;
@@ -376,18 +362,18 @@ bool JsonParser::parseNestedItem(const CObject& item, const CObject& inner, std:
   const int typeClass = SwitchTypeInner(typeName);
   m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "eKvsType:%d,eObjType:%d,objValueType:%s ",
                   typeClass, innerClass, typeName.c_str());
-  if (innerClass == kArray && typeClass != kObject) {
+  if (innerClass == kJsonArray && typeClass != kJsonObject) {
     result = parseArrayValueInner(item, initMode);
     return true;
   }
-  if (innerClass == kObject && !isFirstLevel) {
-    return true;
+  if (innerClass == kJsonObject && !isFirstLevel) {
+    return true;  // Intended: an empty container without a key
   }
   const CObject keyObject = item["key"];
-  if (IsInvalid(keyObject)) {
-    return Refuse();
+  if (IsRefused(keyObject)) {
+    return false;
   }
-  if (innerClass != kArray) {
+  if (innerClass != kJsonArray) {
     result = parseSingleValueInner(inner);
     m_access->SetKey(result, keyObject.toString(nullptr));
     return true;
@@ -401,44 +387,32 @@ bool JsonParser::parseNestedItem(const CObject& item, const CObject& inner, std:
   return true;
 }
 
-template <class Element, class Read>
-KvsType JsonParser::buildArray(const CObjectArray& array, const std::string& key, Read&& read) {
-  KvsType result(Element{read(array[0])});
-  m_access->SetKey(result, key);
-  KvsTypeInternalType& store = m_access->GetInternalValue(result);
-  store.SetParsedAsArray(true);
-  for (int i = 1; i < array.countObject(); ++i) {
-    store.Add(Element{read(array[i])});
-  }
-  return result;
-}
-
 KvsType JsonParser::parseArrayValueInner(const CObject& item, bool initMode) {
   m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseArrayValueInner enter");
   const CObject valueObject = item[ValueName(initMode)];
   const CObjectArray array = valueObject.toArray(nullptr);
   if (array.countObject() == 0) {
-    return KvsType();
+    return KvsType();  // Intended: an empty container without a key
   }
   const CObject keyObject = item["key"];
   const CObject typeObject = item[TypeName(initMode)];
-  if (IsInvalid(keyObject) || IsInvalid(typeObject)) {
-    return KvsType(Refuse());
+  if (IsRefused(keyObject) || IsRefused(typeObject)) {
+    return KvsType(false);  // Intended: stands in the item's place, and reading goes on
   }
   const std::string key = keyObject.toString(nullptr);
   std::string typeName = typeObject.toString(nullptr);
   switch (SwitchTypeInner(typeName)) {
-    case kSigned:
-      return buildArray<long>(array, key, [](const CObject& e) { return e.toInt64(nullptr); });
-    case kUnsigned:
-      return buildArray<unsigned long>(array, key,
+    case kJsonSigned:
+      return BuildArray<long>(array, key, [](const CObject& e) { return e.toInt64(nullptr); });
+    case kJsonUnsigned:
+      return BuildArray<unsigned long>(array, key,
                                        [](const CObject& e) { return e.toUInt64(nullptr); });
-    case kBoolean:
-      return buildArray<bool>(array, key, [](const CObject& e) { return e.toBool(nullptr); });
-    case kFloating:
-      return buildArray<double>(array, key, [](const CObject& e) { return e.toDouble(nullptr); });
-    case kText:
-      return buildArray<std::string>(array, key,
+    case kJsonBoolean:
+      return BuildArray<bool>(array, key, [](const CObject& e) { return e.toBool(nullptr); });
+    case kJsonFloating:
+      return BuildArray<double>(array, key, [](const CObject& e) { return e.toDouble(nullptr); });
+    case kJsonText:
+      return BuildArray<std::string>(array, key,
                                      [](const CObject& e) { return e.toString(nullptr); });
     default:
       return KvsType();
@@ -446,16 +420,17 @@ KvsType JsonParser::parseArrayValueInner(const CObject& item, bool initMode) {
 }
 
 KvsType JsonParser::parseSingleValueInner(const CObject& value) {
+  // Intended: by the token alone; the declared type is lost.
   switch (value.getType()) {
-    case kSigned:
+    case kJsonSigned:
       return KvsType(long{value.toInt64(nullptr)});
-    case kUnsigned:
+    case kJsonUnsigned:
       return KvsType(static_cast<unsigned long>(value.toUInt64(nullptr)));
-    case kBoolean:
+    case kJsonBoolean:
       return KvsType(value.toBool(nullptr));
-    case kFloating:
+    case kJsonFloating:
       return KvsType(value.toDouble(nullptr));
-    case kText:
+    case kJsonText:
       return KvsType(value.toString(nullptr));
     default:
       return KvsType();
@@ -463,15 +438,30 @@ KvsType JsonParser::parseSingleValueInner(const CObject& value) {
 }
 
 int JsonParser::SwitchTypeInner(std::string& typeName) {
-  const auto* const entry =
-      std::find_if(kTypeClasses.begin(), kTypeClasses.end(),
-                   [&](const TypeClass& candidate) { return typeName == candidate.name; });
-  return entry == kTypeClasses.end() ? kUnsigned : entry->valueClass;
+  static const KvsType anyValue;  // not looked at
+  switch (m_access->getKvsTypeFromString(anyValue, typeName)) {
+    case Type::kSInt8:
+    case Type::kSInt16:
+    case Type::kSInt32:
+    case Type::kSInt64:
+      return kJsonSigned;
+    case Type::kBoolean:
+      return kJsonBoolean;
+    case Type::kFloat:
+      return kJsonFloating;
+    case Type::kString:
+      return kJsonText;
+    case Type::kObject:
+      return kJsonObject;
+    default:  // Intended: "double", "binary" and unknown names, too
+      return kJsonUnsigned;
+  }
 }
 
 bool JsonParser::writeKvsJson(const std::list<std::shared_ptr<KvsType>>& items) {
   const std::unique_ptr<JsonArray> array(JsonArray::startArray());
-  for (const std::shared_ptr<KvsType>& item : items) {
+  for (const std::shared_ptr<KvsType>& listed : items) {
+    const std::shared_ptr<KvsType> item = listed;  // lives through its writing, also when removed
     const std::unique_ptr<JsonObject> object(JsonObject::StartObject());
     if (writeKvsJsonInner(object.get(), item.get())) {
       array->addObjectToArray(object.get());
@@ -493,6 +483,7 @@ bool JsonParser::serializeKvsJson(KvsType& value, std::string& out) {
   return true;
 }
 
+// Intended: status, checksum and documentation are not written.
 bool JsonParser::writeKvsJsonInner(JsonObject* object, KvsType* value) {
   if (object == nullptr || value == nullptr) {
     return false;
@@ -504,7 +495,7 @@ bool JsonParser::writeKvsJsonInner(JsonObject* object, KvsType* value) {
                                     : writeSingleValueToObject(object, value);
   }
   const std::unique_ptr<JsonArray> array(JsonArray::startArray());
-  addType(*object, *value);
+  AddType(*object, *value);
   std::string end;
   if (!addNestedItems(*array, store, end)) {
     return false;
@@ -524,7 +515,9 @@ bool JsonParser::addNestedItems(JsonArray& array, KvsTypeInternalType& store, st
       const std::unique_ptr<JsonObject> child(JsonObject::StartObject());
       KvsType next = store.GetKvsTypeNext();
       if (!writeKvsJsonInner(child.get(), &next)) {
-        return false;  // Intended: one unwritable item loses the whole enclosing one
+        // Intended: one unwritable item loses the whole enclosing one. The cursor stays behind it,
+        // so that the next writing begins there and gives the items behind it alone.
+        return false;
       }
       array.addObjectToArray(child.get());
     }
@@ -532,10 +525,6 @@ bool JsonParser::addNestedItems(JsonArray& array, KvsTypeInternalType& store, st
     end = error.what();
     return true;
   }
-}
-
-void JsonParser::addType(JsonObject& object, const KvsType& value) {
-  object.addStringToObject("type", m_access->getKvsTypeAsString(value, value.GetType()));
 }
 
 bool JsonParser::writeSingleValueToObject(JsonObject* object, KvsType* value) {
@@ -546,7 +535,7 @@ bool JsonParser::writeSingleValueToObject(JsonObject* object, KvsType* value) {
   if (!IsWritable(value->GetType())) {
     return false;
   }
-  addType(*object, *value);
+  AddType(*object, *value);
   try {
     AddScalar(*object, *value);
   } catch (const LogicErrorException& error) {
@@ -568,7 +557,7 @@ bool JsonParser::writeArrayToObject(JsonObject* object, KvsType* value) {
   if (!IsWritable(type)) {
     return false;
   }
-  addType(*object, *value);
+  AddType(*object, *value);
   const std::string end = AddElements(*array, m_access->GetInternalValue(*value), type);
   m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "what=%s", end.c_str());
   object->addArrayToObject("value", array.get());

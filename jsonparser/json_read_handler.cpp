@@ -25,19 +25,19 @@ bool JsonReadHandler::StartObject() {
                             "JsonReadHandler::StartObject is called.");
   switch (m_state) {
     case State::kWaitItem:
-      beginItem(false);
+      beginItem(false, __LINE__);
       break;
     case State::kInItem:
       m_state = State::kInValue;
       break;
     case State::kInValue:
-      beginItem(true);
+      beginItem(true, __LINE__);
       break;
   }
   return true;
 }
 
-void JsonReadHandler::beginItem(bool asChild) {
+void JsonReadHandler::beginItem(bool asChild, int line) {
   try {
     if (asChild) {
       m_stateStack.push_back(m_state);
@@ -45,8 +45,7 @@ void JsonReadHandler::beginItem(bool asChild) {
     }
     m_current = std::make_unique<KvsType>();
   } catch (...) {  // a parent stays on the stack; the caller gives the whole pass up
-    throw PhysicalStorageErrorException(
-        GetAllocationErrorMessage(__FILE__, "StartObject", __LINE__));
+    throw PhysicalStorageErrorException(GetAllocationErrorMessage(__FILE__, "StartObject", line));
   }
   m_state = State::kInItem;
 }
@@ -103,6 +102,7 @@ bool JsonReadHandler::endItem() {
     return false;
   }
   CompareCrcAndUpdateStatus(*m_current);
+  // Cannot fire as long as nothing is compared.
   m_checksumFailed =
       m_checksumFailed || m_access->GetStatus(*m_current) == KvsType::Status::kCheckSumError;
   if (m_itemStack.empty()) {

@@ -1,17 +1,22 @@
 #ifndef JSONPARSER_JSON_TEXT_H_
 #define JSONPARSER_JSON_TEXT_H_
 
+#include <sys/types.h>
+
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
+#include "ara/per/log_extend.h"
 #include "support/number_text.h"
 
 namespace ara::per {
 
-/// The piece of an array or object text that one addition brings, as the parts it is made of.
-/// A part is a text or a number; numbers read as `printf` writes them.
+/// The parts that a piece of text is made of: texts, and numbers as `printf` writes them.
+/// Intended: nothing is escaped, and infinity and not-a-number are written, which is no JSON.
 inline void AppendPart(std::string& text, std::string_view part) { text.append(part); }
 inline void AppendPart(std::string& text, char part) { text.push_back(part); }
 template <class Number>
@@ -28,30 +33,35 @@ std::enable_if_t<std::is_arithmetic_v<Number>> AppendPart(std::string& text, Num
 template <class LogPiece, class... Parts>
 bool AddPiece(std::string& text, int& length, LogPiece&& logPiece, Parts... parts) {
   const char bracket = text.back();
+  const std::size_t end = text.size() - 1;
   text.pop_back();
   if (length != 2) {
     text.push_back(',');
   }
   const std::size_t begin = text.size();
-  (AppendPart(text, parts), ...);
-  logPiece(text.c_str() + begin);
+  try {
+    (AppendPart(text, parts), ...);
+    logPiece(text.c_str() + begin);
+  } catch (...) {  // the text is as before
+    text.resize(end);
+    text.push_back(bracket);
+    throw;
+  }
   const long expected = length + static_cast<long>(text.size() - begin);
   text.push_back(bracket);
   length = static_cast<int>(text.size());
   return expected == length;
 }
 
-/// How the two builders differ in writing a file.
-struct SaveStyle {
-  unsigned int pauseMicroseconds;  // between the background "touch" and the opening
-  std::function<void(const char* reason)> logOpenFailure;
-  std::function<void(int written)> logWritten;
-};
-
 /// Overwrites the file at `path` in place with the first `length` bytes of `text` and flushes the
 /// whole file system.
+/// @param pauseMicroseconds  between the background "touch" of a missing file and the opening
+/// @param place  of the line that tells why the file cannot be opened
+/// @param logWritten  is given what `write` gave, while the file is still locked
 /// @return 0, or -1 when the file cannot be opened
-int SaveText(const std::string& path, const std::string& text, int length, const SaveStyle& style);
+int SaveText(const std::string& path, const std::string& text, int length,
+             unsigned int pauseMicroseconds, LogExtend& log, const LogPlace& place,
+             const std::function<void(ssize_t)>& logWritten);
 
 }  // namespace ara::per
 

@@ -1,7 +1,5 @@
 #include "ara/per/key_value_storage.h"
 
-#include <array>
-
 #include "ara/per/logic_error_exception.h"
 #include "key-value-storage/key_value_storage_impl.h"
 
@@ -67,11 +65,9 @@ void RecoverKeyValueStorage(const std::string&) {}
 void ResetKeyValueStorage(const std::string&) {}
 
 KeyValueStorage::Status ConvertKvsTypeStatus(const KvsType::Status& status) {
-  using Status = KeyValueStorage::Status;
-  constexpr std::array kStatuses = {Status::kSuccess, Status::kNotFound, Status::kCheckSumError,
-                                    Status::kGeneralError};
-  const auto number = static_cast<std::size_t>(status);
-  return number < kStatuses.size() ? kStatuses[number] : Status::kGeneralError;
+  using Status = KeyValueStorage::Status;  // the numbers run parallel
+  return status > KvsType::Status::kGeneralError ? Status::kGeneralError
+                                                 : static_cast<Status>(status);
 }
 
 }  // namespace ara::per

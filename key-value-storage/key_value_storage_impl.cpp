@@ -1,12 +1,14 @@
 #include "key-value-storage/key_value_storage_impl.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <condition_variable>
-#include <cstring>
+#include <exception>
 #include <iostream>
+#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -30,24 +32,29 @@ DatabaseConfig DefaultConfig(std::uint32_t updateTime) { return {false, 0, 0, up
 bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
 
 /// A mutex that is also defined to be unlocked by a thread that does not hold it, which lets the
-/// next one in, and while nobody holds it, which does nothing.
+/// next one in, and while nobody holds it, which does nothing. It needs neither initialisation nor
+/// destruction: databases may be opened before and threads may wait after those of this file.
 class SyncLock {
  public:
   void lock() {
-    std::unique_lock<std::mutex> guard(mutex_);
-    released_.wait(guard, [this] { return !held_; });
+    ::pthread_mutex_lock(&mutex_);
+    while (held_) {
+      ::pthread_cond_wait(&released_, &mutex_);
+    }
     held_ = true;
+    ::pthread_mutex_unlock(&mutex_);
   }
 
   void unlock() {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    ::pthread_mutex_lock(&mutex_);
     held_ = false;
-    released_.notify_one();
+    ::pthread_cond_signal(&released_);
+    ::pthread_mutex_unlock(&mutex_);
   }
 
  private:
-  std::mutex mutex_;
-  std::condition_variable released_;
+  pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+  pthread_cond_t released_ = PTHREAD_COND_INITIALIZER;
   bool held_ = false;
 };
 
@@ -56,6 +63,36 @@ SyncLock mSyncLock;
 
 }  // namespace
 
+/// Keeps the end of an engine and its delayed write apart: a write that waits for its turn learns
+/// that the engine is gone, and the end waits for a write that has begun.
+class KeyValueStorage::Impl::Lifeline {
+ public:
+  /// @return whether the engine lives; it then does until `endWrite`
+  bool beginWrite() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    writing_ = !ended_;
+    return writing_;
+  }
+
+  void endWrite() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    writing_ = false;
+    idle_.notify_all();
+  }
+
+  void end() {
+    std::unique_lock<std::mutex> guard(mutex_);
+    idle_.wait(guard, [this] { return !writing_; });
+    ended_ = true;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable idle_;
+  bool writing_ = false;
+  bool ended_ = false;
+};
+
 struct KeyValueStorage::Impl::Item : KvsType {
   explicit Item(const KvsType& value) : KvsType(value) {}
   explicit Item(KvsType&& value) : KvsType(std::move(value)) {}
@@ -63,7 +100,8 @@ struct KeyValueStorage::Impl::Item : KvsType {
   ItemList::iterator place;  // where the engine's list holds this item
 };
 
-KeyValueStorage::Impl::Impl(const std::string& database) : database_(database) {
+KeyValueStorage::Impl::Impl(const std::string& database)
+    : database_(database), lifeline_(std::make_shared<Lifeline>()) {
   config_path_ = getTheCurrentPath() + kConfigFile;
   log_ = LogExtend::getLogExtenObject("PersistencyService");
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "impl configpath: %s :database=%s",
@@ -83,7 +121,7 @@ KeyValueStorage::Impl::Impl(const std::string& database) : database_(database) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::Impl end");
 }
 
-KeyValueStorage::Impl::~Impl() = default;
+KeyValueStorage::Impl::~Impl() { lifeline_->end(); }
 
 std::string KeyValueStorage::Impl::getTheCurrentPath() {
   std::array<char, 200> buffer{};
@@ -138,7 +176,7 @@ void KeyValueStorage::Impl::InitWithoutRedundancy() {
   }
   for (const std::shared_ptr<KvsType>& item : items) {
     append(item);
-    kvs_items_[item->GetKey()] = item;
+    kvs_items_[item->GetKey()] = item;  // Intended: of two with one key the list keeps both
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "KeyValueStorage::Impl::InitWithoutRedundancy end database_=%s",
@@ -165,6 +203,8 @@ void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
   // Intended: the redundant file is a witness and no second source. Items are paired by position
   // alone, a value always comes from the main file, and pairing goes on behind a difference.
   auto witness = redundant_items.begin();
+  // Loading through setValue marks the database as changed. The tests for kCheckSumError cannot
+  // fire as long as the reader marks no item.
   for (const std::shared_ptr<KvsType>& item : items) {
     if (witness == redundant_items.end()) {
       log_->logPrint(LogLevel::kError, ARA_PER_HERE,
@@ -190,6 +230,7 @@ void KeyValueStorage::Impl::append(const std::shared_ptr<KvsType>& item) {
 }
 
 void KeyValueStorage::Impl::deinit() {
+  lifeline_->end();
   kvs_items_in_add_order_.clear();
   kvs_items_.clear();
   timer_.stop();
@@ -238,7 +279,7 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "KeyValueStorage::Impl::setValue for key: %s isTimer=%d", key.c_str(),
                  static_cast<int>(isTimer));
-  db_changed_ = true;
+  db_changed_ = true;  // Intended: also by an equal value and by one that is refused below
   static_cast<void>(value.GetType());  // a moved-from value throws before anything is overwritten
   const auto entry = kvs_items_.lower_bound(key);
   if (entry != kvs_items_.end() && entry->first == key) {
@@ -250,8 +291,8 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
                    "KeyValueStorage::Impl::setValue not find the key");
     const auto item = std::make_shared<Item>(std::forward<Value>(value));
     item->SetKey(key);
+    append(item);  // first, so that an item of the map always has its place in the list
     kvs_items_.emplace_hint(entry, key, item);
-    append(item);
   }
   if (!in_redundancy_init_) {
     armTimer();
@@ -287,6 +328,7 @@ void KeyValueStorage::Impl::removeAllKeys() {
 
 void KeyValueStorage::Impl::armTimer() {
   if (!isTimer && config_.updateTime != 0) {
+    // Intended: a delay above 2147483647 becomes negative, and the call comes at once.
     timer_.setTimeout(&Impl::onTimer, this, static_cast<int>(config_.updateTime));
     isTimer = true;
   }
@@ -302,21 +344,29 @@ void KeyValueStorage::Impl::onTimer(void* data) {
 }
 
 bool KeyValueStorage::Impl::sizeLimitReached() const {
+  // Intended: the size before this write counts, and only with redundancy.
   struct stat status {};
   return config_.isRedundancy && ::stat(database_.c_str(), &status) == 0 &&
          static_cast<off_t>(config_.maxSize) <= status.st_size;
 }
 
 void KeyValueStorage::Impl::syncToLocalStorage() {
+  const std::shared_ptr<Lifeline> lifeline = lifeline_;
   // Intended: no guard. An exception out of the write leaves the lock held.
   mSyncLock.lock();
+  if (!lifeline->beginWrite()) {
+    mSyncLock.unlock();
+    return;
+  }
+  const std::unique_ptr<Lifeline, void (*)(Lifeline*)> writing(
+      lifeline.get(), [](Lifeline* engine) { engine->endWrite(); });
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "db_changed_:%d ",
                  static_cast<int>(db_changed_));
   if (!db_changed_) {
     mSyncLock.unlock();
     return;  // Intended: isTimer keeps its value
   }
-  db_changed_ = false;
+  db_changed_ = false;  // Intended: also when the write is refused or fails below
   isTimer = false;
   timer_.stop();
   if (sizeLimitReached()) {

@@ -22,7 +22,7 @@ namespace ara::per {
 /// key in a file, the list holds both and the map the later.)
 ///
 /// Not guarded: the containers and flags are used by the application's thread and, during a
-/// delayed synchronisation, by the timer's.
+/// delayed synchronisation, by the timer's. Only the end of the engine waits for such a one.
 class KeyValueStorage::Impl {
  public:
   explicit Impl(const std::string& database);
@@ -57,6 +57,8 @@ class KeyValueStorage::Impl {
   /// not search the list.
   struct Item;
 
+  class Lifeline;
+
   static std::string getTheCurrentPath();
   void readConfiguration();
   void InitWithoutRedundancy();
@@ -82,6 +84,7 @@ class KeyValueStorage::Impl {
   std::map<std::string, std::shared_ptr<KvsType>> kvs_items_;
 
   const KvsType missing_;  // what a missing key reads as
+  const std::shared_ptr<Lifeline> lifeline_;
 };
 
 }  // namespace ara::per

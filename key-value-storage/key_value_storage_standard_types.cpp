@@ -11,47 +11,6 @@
 #include "key-value-storage/key_value_storage_impl.h"
 #include "support/log_here.h"
 
-// One row a type: element of the family, texts of the scalar's write, read and end of read, texts
-// of the vector's write, read and end of read. Intended: the texts are uneven, with missing and
-// doubled blanks, "duble" and names of other types; all of them stay as they are.
-#define ARA_PER_FOR_EACH_TYPE(ROW)                                                               \
-  ROW(signed char, "Setint8_tValue for key:%s, value=%d ", "GetInt8Value for key:%s  status=%d", \
-      "", "vector<int8_t> for key:%s ", "Getvector<int8_t>Value for key:%s status=%d",           \
-      "GetValue vector <int8> end.")                                                             \
-  ROW(short, "Setint16_tValue for key:%s, value=%d ", "GetInt16Value for key:%s status=%d", "",  \
-      "vector<int16_t> for key:%s ", "Getvector<int16_t>Value for key:%s status=%d",             \
-      "GetValue vector <int16> end.")                                                            \
-  ROW(int, "Setint32_tValue for key:%s, value=%d ", "GetInt32Value for key:%s status=%d",        \
-      "GetValue int32 end.", "vector<int32_t> for key:%s ",                                      \
-      "Getvector<int32_t>Value for key:%s status=%d", "GetValue vector <int32> end.")            \
-  ROW(long, "Setint64_tValue for key:%s, value=%d ", "GetInt64Value for key:%s status=%d",       \
-      "GetValue int8 end.", "vector<int64_t> for key:%s ",                                       \
-      "Getvector<int64_t>Value for key:%s status=%d", "GetValue vector <int64> end.")            \
-  ROW(unsigned short, "Setuint16_tValue for key:%s,value=%u ",                                   \
-      "GetUint16Value for key:%s status=%d", "GetValue uint16 end.",                             \
-      "vector<uint16_t> for key:%s ", "Getvector<uint16_t>Value for key:%s status=%d",           \
-      "GetValue vector <uint16> end.")                                                           \
-  ROW(unsigned int, "Setuint32_tValue for key:%s, value=%u ",                                    \
-      "GetUint32Value for key:%s status=%d", "GetValue uint32 end.",                             \
-      "vector<uint32_t> for key:%s ", "Getvector<uint32_t>Value for key:%s status=%d",           \
-      "GetValue vector <uint32> end.")                                                           \
-  ROW(unsigned long, "Setuint64_tValue for key:%s, value=%u ",                                   \
-      "GetUint64Value for key:%s status=%d", "GetValue uint64 end.",                             \
-      "vector<uint64_t> for key:%s ", "Getvector<uint64_t>Value for key:%s status=%d",           \
-      "GetValue vector <uint64> end.")                                                           \
-  ROW(bool, "SetboolValue for key:%s, value=%d", "GetBoolValue for key:%s status=%d",            \
-      "GetValue Bool end.", "std::vector<bool> for key:%s ", "GetValue for key:%s status=%d",    \
-      "Getvector<bool>Value vector <bool> end.")                                                 \
-  ROW(float, "float for key:%s, value=%f ", "GetfloatValue for key:%s status=%d",                \
-      "GetValue float end.", "vector<float> for key:%s ",                                        \
-      "Getvector<float>Value for key:%s status=%d", "GetValue vector <float> end.")              \
-  ROW(double, "duble for key:%s, value=%f ", "GetDoubleValue for key:%s, type=%d ",              \
-      "GetValue double end.", "vector<double> for key:%s ",                                      \
-      "Getvector<double>Value for key:%s status=%d", "GetValue vector <double> end.")            \
-  ROW(std::string, "string for key:%s, value=%s ", "GetStringValue for key:%s status=%d",        \
-      "GetValue String end.", "Setvector<std::string>Value for key:%s ",                         \
-      "Getvector<std::string>Value for key:%s status=%d", "GetValue vector <string> end.")
-
 namespace ara::per {
 namespace {
 
@@ -62,35 +21,9 @@ using Kind = KvsTypeInternalType::Kind;
 
 LogExtend* const sStandTypeLog = LogExtend::getLogExtenObject("PersistencyService");
 
+/// The log texts of a type; ARA_PER_TYPE below tells them.
 template <class T>
 struct Texts;
-
-// NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in parentheses
-#define ARA_PER_TEXTS(TYPE, SET, GET, GET_END, SET_VECTOR, GET_VECTOR, GET_VECTOR_END) \
-  template <>                                                                          \
-  struct Texts<TYPE> {                                                                 \
-    static constexpr char kSet[] = SET;                                                \
-    static constexpr char kGet[] = GET;                                                \
-    static constexpr char kGetEnd[] = GET_END;                                         \
-  };                                                                                   \
-  template <>                                                                          \
-  struct Texts<std::vector<TYPE>> {                                                    \
-    static constexpr char kSet[] = SET_VECTOR;                                         \
-    static constexpr char kGet[] = GET_VECTOR;                                         \
-    static constexpr char kGetEnd[] = GET_VECTOR_END;                                  \
-  };
-
-// NOLINTEND(bugprone-macro-parentheses)
-ARA_PER_FOR_EACH_TYPE(ARA_PER_TEXTS)
-
-template <>
-struct Texts<Byte> {  // its vector is a text of hexadecimal digits and no array
-  static constexpr char kSet[] = "Setuint8_tValue for key:%s, value=%u ";
-  static constexpr char kGet[] = "GetUint8Value for key:%s status=%d";
-  static constexpr char kGetEnd[] = "GetValue uint8 end.";
-};
-
-int NumberOf(KvsType::Status status) { return static_cast<int>(status); }
 
 /// A value as its log text takes it; 64-bit values show their low 32 bits.
 template <class T>
@@ -162,7 +95,7 @@ constexpr Kind kKindOf = std::is_same_v<T, bool> ? Kind::kBool
 template <class T>
 bool ReadInPlace(const KvsTypeInternalType& store, std::vector<T>& elements) {
   if constexpr (std::is_integral_v<T>) {
-    if (store.GetType() == kKindOf<T> && store.GetSize() % 256 != 0) {
+    if (store.GetType() == kKindOf<T> && !store.scalarsCountAsNone()) {
       elements.reserve(store.GetSize());
       for (const std::uint64_t cell : store.scalars()) {
         elements.push_back(static_cast<T>(KvsTypeInternalType::fromCell<Cell<T>>(cell)));
@@ -205,114 +138,66 @@ KvsType ArrayOf(const std::vector<T>& elements) {
   return array;
 }
 
-// The reads and writes by the type of the value; `Engine` is the private `KeyValueStorage::Impl`.
-
-template <class Engine, class T>
-Status Read(const Engine& engine, const std::string& key, T& value) {
-  const KvsType& item = engine.readValue(key);
-  const KvsType::Status status = item.GetStatus();
-  int logged = NumberOf(status);
-  if constexpr (std::is_same_v<T, double>) {
-    logged = static_cast<int>(item.GetType());  // Intended: the type in place of the status
-  }
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kGet, key.c_str(), logged);
-  if (status == KvsType::Status::kSuccess && !TryRead([&] { value = ReadAs<T>(item); })) {
-    return Status::kGeneralError;
-  }
-  if constexpr (sizeof Texts<T>::kGetEnd > 1) {
-    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kGetEnd);
-  }
-  return ConvertKvsTypeStatus(status);
+/// Decode an item of status `kSuccess`. @return false when it holds no such value
+template <class T>
+bool Decode(const KvsType& item, T& value) {
+  return TryRead([&] { value = ReadAs<T>(item); });
 }
 
-template <class Engine, class T>
-Status Read(const Engine& engine, const std::string& key, std::vector<T>& value) {
-  const KvsType& item = engine.readValue(key);
-  const KvsType::Status status = item.GetStatus();
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<std::vector<T>>::kGet, key.c_str(),
-                          NumberOf(status));
-  if (status == KvsType::Status::kSuccess) {
-    value = ReadElements<T>(item);
+template <class T>
+bool Decode(const KvsType& item, std::vector<T>& value) {
+  value = ReadElements<T>(item);
+  return true;
+}
+
+bool Decode(const KvsType& item, std::vector<Byte>& value) {
+  std::string text;
+  if (!TryRead([&] { text = item.GetString(); })) {
+    return false;
   }
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<std::vector<T>>::kGetEnd);
-  return ConvertKvsTypeStatus(status);
-}
-
-template <class Engine>
-Status Read(const Engine& engine, const std::string& key, std::vector<Byte>& value) {
-  const KvsType& item = engine.readValue(key);
-  const KvsType::Status status = item.GetStatus();
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE,
-                          "Getvector<byte_t>Value for key:%s status=%d", key.c_str(),
-                          NumberOf(status));
-  if (status == KvsType::Status::kSuccess) {
-    std::string text;
-    if (!TryRead([&] { text = item.GetString(); })) {
-      return Status::kGeneralError;
-    }
-    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "GetValue string_value_ is %s",
-                            text.c_str());
-    if (text.length() % 2 != 0) {
-      return Status::kGeneralError;
-    }
-    value.resize(text.length() / 2);
-    BytesOfHexText(text, value.data());
+  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "GetValue string_value_ is %s",
+                          text.c_str());
+  if (text.length() % 2 != 0) {
+    return false;
   }
-  return ConvertKvsTypeStatus(status);
+  value.resize(text.length() / 2);
+  BytesOfHexText(text, value.data());
+  return true;
 }
 
-template <class Engine>
-Status Read(const Engine& engine, const std::string& key, KvsType& value) {
-  KvsType item = engine.getValue(key);
-  const KvsType::Status status = item.GetStatus();
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE,
-                          "KeyValueStorage::GetValue for key:%s status=%d", key.c_str(),
-                          NumberOf(status));
-  // Intended: through the text, with its losses, and whatever the status.
-  value = KvsType::DeSerializeKvsData(item.SerializeKvsData(), false);
-  return ConvertKvsTypeStatus(status);
+bool Decode(KvsType item, KvsType& value) {
+  value = KvsType::DeSerializeKvsData(item.SerializeKvsData(), false);  // through the text
+  return true;
 }
 
-template <class Engine, class T>
-Status Write(Engine& engine, const std::string& key, const T& value) {
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kSet, key.c_str(),
-                          Loggable(value));
-  engine.setValue(key, KvsType(value));
-  return Status::kSuccess;
+/// Make the item that is stored for a value.
+template <class T>
+KvsType Encode(const T& value) {
+  return KvsType(value);
 }
 
-template <class Engine, class T>
-Status Write(Engine& engine, const std::string& key, const std::vector<T>& value) {
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<std::vector<T>>::kSet, key.c_str());
-  if (value.empty()) {
-    return Status::kGeneralError;
+template <class T>
+KvsType Encode(const std::vector<T>& value) {
+  return SaveArray(value);
+}
+
+KvsType Encode(const std::vector<std::string>& value) { return ArrayOf(value); }
+KvsType Encode(const std::vector<Byte>& value) {
+  return KvsType(HexText(value.data(), value.size()));
+}
+const KvsType& Encode(const KvsType& value) { return value; }
+
+template <class T>
+constexpr bool kIsVector = false;
+template <class T>
+constexpr bool kIsVector<std::vector<T>> = true;
+
+/// Logs the end of an operation, for the types that tell it.
+template <std::size_t kSize>
+void LogEnd(const char (&text)[kSize]) {
+  if constexpr (kSize > 1) {
+    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "%s", text);
   }
-  if constexpr (std::is_same_v<T, std::string>) {
-    engine.setValue(key, ArrayOf(value));
-    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "SetValue vector <string> end.");
-  } else {
-    engine.setValue(key, SaveArray(value));
-  }
-  return Status::kSuccess;
-}
-
-template <class Engine>
-Status Write(Engine& engine, const std::string& key, const std::vector<Byte>& value) {
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "Setvector<byte_t>Value for key:%s ",
-                          key.c_str());
-  if (value.empty()) {
-    return Status::kGeneralError;
-  }
-  engine.setValue(key, KvsType(HexText(value.data(), value.size())));
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "SetValue vector<byte_t> end.");
-  return Status::kSuccess;
-}
-
-template <class Engine>
-Status Write(Engine& engine, const std::string& key, const KvsType& value) {
-  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "KvsType for key:%s ", key.c_str());
-  engine.setValue(key, value);
-  return Status::kSuccess;
 }
 
 }  // namespace
@@ -328,28 +213,110 @@ KvsType SaveArray(const T& value) {
 
 template <class T>
 Status KeyValueStorage::GetValue(const std::string& key, T& value) const {
-  return Read(engine(), key, value);
+  const KvsType& item = engine().readValue(key);
+  const KvsType::Status status = item.GetStatus();
+  // Intended: a double logs its type in place of the status.
+  const int number =
+      std::is_same_v<T, double> ? static_cast<int>(item.GetType()) : static_cast<int>(status);
+  sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kGet, key.c_str(), number);
+  // Intended: a `KvsType` is read whatever its status.
+  if (status == KvsType::Status::kSuccess || std::is_same_v<T, KvsType>) {
+    if (!Decode(item, value)) {
+      return Status::kGeneralError;
+    }
+  }
+  LogEnd(Texts<T>::kGetEnd);
+  return ConvertKvsTypeStatus(status);
 }
 
 template <class T>
 Status KeyValueStorage::SetValue(const std::string& key, const T& value) {
-  return Write(engine(), key, value);
+  Impl& storage = engine();
+  if constexpr (kIsVector<T>) {
+    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kSet, key.c_str());
+    if (value.empty()) {
+      return Status::kGeneralError;
+    }
+  } else if constexpr (std::is_same_v<T, KvsType>) {
+    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kSet, key.c_str());
+  } else {
+    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, Texts<T>::kSet, key.c_str(),
+                            Loggable(value));
+  }
+  storage.setValue(key, Encode(value));
+  LogEnd(Texts<T>::kSetEnd);
+  return Status::kSuccess;
 }
 
+// One row a type: the log texts of a write, its end, a read and its end; an empty one is not
+// logged. Intended: the texts are uneven, with missing and doubled blanks, "duble" and names of
+// other types; all of them stay as they are.
 // NOLINTBEGIN(bugprone-macro-parentheses): types cannot stand in parentheses
-#define ARA_PER_ACCESS(TYPE)                                                        \
+#define ARA_PER_TYPE(TYPE, SET, SET_END, GET, GET_END)                              \
+  namespace {                                                                       \
+  template <>                                                                       \
+  struct Texts<TYPE> {                                                              \
+    static constexpr char kSet[] = SET;                                             \
+    static constexpr char kSetEnd[] = SET_END;                                      \
+    static constexpr char kGet[] = GET;                                             \
+    static constexpr char kGetEnd[] = GET_END;                                      \
+  };                                                                                \
+  }                                                                                 \
   template Status KeyValueStorage::GetValue<TYPE>(const std::string&, TYPE&) const; \
   template Status KeyValueStorage::SetValue<TYPE>(const std::string&, const TYPE&);
-
-#define ARA_PER_SCALAR_AND_VECTOR(TYPE, ...) \
-  ARA_PER_ACCESS(TYPE)                       \
-  ARA_PER_ACCESS(std::vector<TYPE>)
-
 // NOLINTEND(bugprone-macro-parentheses)
-ARA_PER_FOR_EACH_TYPE(ARA_PER_SCALAR_AND_VECTOR)
-ARA_PER_ACCESS(Byte)
-ARA_PER_ACCESS(std::vector<Byte>)
-ARA_PER_ACCESS(KvsType)
+
+ARA_PER_TYPE(signed char, "Setint8_tValue for key:%s, value=%d ", "",
+             "GetInt8Value for key:%s  status=%d", "")
+ARA_PER_TYPE(std::vector<signed char>, "vector<int8_t> for key:%s ", "",
+             "Getvector<int8_t>Value for key:%s status=%d", "GetValue vector <int8> end.")
+ARA_PER_TYPE(short, "Setint16_tValue for key:%s, value=%d ", "",
+             "GetInt16Value for key:%s status=%d", "")
+ARA_PER_TYPE(std::vector<short>, "vector<int16_t> for key:%s ", "",
+             "Getvector<int16_t>Value for key:%s status=%d", "GetValue vector <int16> end.")
+ARA_PER_TYPE(int, "Setint32_tValue for key:%s, value=%d ", "", "GetInt32Value for key:%s status=%d",
+             "GetValue int32 end.")
+ARA_PER_TYPE(std::vector<int>, "vector<int32_t> for key:%s ", "",
+             "Getvector<int32_t>Value for key:%s status=%d", "GetValue vector <int32> end.")
+ARA_PER_TYPE(long, "Setint64_tValue for key:%s, value=%d ", "",
+             "GetInt64Value for key:%s status=%d", "GetValue int8 end.")
+ARA_PER_TYPE(std::vector<long>, "vector<int64_t> for key:%s ", "",
+             "Getvector<int64_t>Value for key:%s status=%d", "GetValue vector <int64> end.")
+ARA_PER_TYPE(unsigned short, "Setuint16_tValue for key:%s,value=%u ", "",
+             "GetUint16Value for key:%s status=%d", "GetValue uint16 end.")
+ARA_PER_TYPE(std::vector<unsigned short>, "vector<uint16_t> for key:%s ", "",
+             "Getvector<uint16_t>Value for key:%s status=%d", "GetValue vector <uint16> end.")
+ARA_PER_TYPE(unsigned int, "Setuint32_tValue for key:%s, value=%u ", "",
+             "GetUint32Value for key:%s status=%d", "GetValue uint32 end.")
+ARA_PER_TYPE(std::vector<unsigned int>, "vector<uint32_t> for key:%s ", "",
+             "Getvector<uint32_t>Value for key:%s status=%d", "GetValue vector <uint32> end.")
+ARA_PER_TYPE(unsigned long, "Setuint64_tValue for key:%s, value=%u ", "",
+             "GetUint64Value for key:%s status=%d", "GetValue uint64 end.")
+ARA_PER_TYPE(std::vector<unsigned long>, "vector<uint64_t> for key:%s ", "",
+             "Getvector<uint64_t>Value for key:%s status=%d", "GetValue vector <uint64> end.")
+ARA_PER_TYPE(bool, "SetboolValue for key:%s, value=%d", "", "GetBoolValue for key:%s status=%d",
+             "GetValue Bool end.")
+ARA_PER_TYPE(std::vector<bool>, "std::vector<bool> for key:%s ", "",
+             "GetValue for key:%s status=%d", "Getvector<bool>Value vector <bool> end.")
+ARA_PER_TYPE(float, "float for key:%s, value=%f ", "", "GetfloatValue for key:%s status=%d",
+             "GetValue float end.")
+ARA_PER_TYPE(std::vector<float>, "vector<float> for key:%s ", "",
+             "Getvector<float>Value for key:%s status=%d", "GetValue vector <float> end.")
+ARA_PER_TYPE(double, "duble for key:%s, value=%f ", "", "GetDoubleValue for key:%s, type=%d ",
+             "GetValue double end.")
+ARA_PER_TYPE(std::vector<double>, "vector<double> for key:%s ", "",
+             "Getvector<double>Value for key:%s status=%d", "GetValue vector <double> end.")
+ARA_PER_TYPE(std::string, "string for key:%s, value=%s ", "", "GetStringValue for key:%s status=%d",
+             "GetValue String end.")
+ARA_PER_TYPE(std::vector<std::string>, "Setvector<std::string>Value for key:%s ",
+             "SetValue vector <string> end.", "Getvector<std::string>Value for key:%s status=%d",
+             "GetValue vector <string> end.")
+ARA_PER_TYPE(Byte, "Setuint8_tValue for key:%s, value=%u ", "",
+             "GetUint8Value for key:%s status=%d", "GetValue uint8 end.")
+ARA_PER_TYPE(std::vector<Byte>, "Setvector<byte_t>Value for key:%s ",
+             "SetValue vector<byte_t> end.", "Getvector<byte_t>Value for key:%s status=%d", "")
+ARA_PER_TYPE(KvsType, "KvsType for key:%s ", "", "KeyValueStorage::GetValue for key:%s status=%d",
+             "")
 
 #define ARA_PER_SAVE_ARRAY(TYPE) template KvsType SaveArray(const std::vector<TYPE>&);
 

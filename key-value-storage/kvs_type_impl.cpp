@@ -14,25 +14,49 @@ using Type = KvsType::Type;
 
 LogExtend* const sKvsImplLog = LogExtend::getLogExtenObject("PersistencyService");
 
-const std::map<std::string, Type> kKvsTypeToStringMap_ = {
-    {"sint8", Type::kSInt8},   {"sint16", Type::kSInt16}, {"sint32", Type::kSInt32},
-    {"sint64", Type::kSInt64}, {"uint8", Type::kUInt8},   {"uint16", Type::kUInt16},
-    {"uint32", Type::kUInt32}, {"uint64", Type::kUInt64}, {"bool", Type::kBoolean},
-    {"float", Type::kFloat},   {"double", Type::kDouble}, {"string", Type::kString},
-    {"binary", Type::kBinary}, {"object", Type::kObject},
-};
+// The two maps are made on first use and never destroyed: databases may be opened before the static
+// initialisers of this file have run, and a delayed write may run while the process ends.
 
-const std::map<Type, std::string> stringFromKvsTypeMap_ = [] {
-  std::map<Type, std::string> names;
-  for (const auto& [name, type] : kKvsTypeToStringMap_) {
-    names.emplace(type, name);
-  }
+// Intended: in spite of its name, from text to type.
+const std::map<std::string, Type>& kKvsTypeToStringMap_() {
+  static const auto& types = *new std::map<std::string, Type>{
+      {"sint8", Type::kSInt8},   {"sint16", Type::kSInt16}, {"sint32", Type::kSInt32},
+      {"sint64", Type::kSInt64}, {"uint8", Type::kUInt8},   {"uint16", Type::kUInt16},
+      {"uint32", Type::kUInt32}, {"uint64", Type::kUInt64}, {"bool", Type::kBoolean},
+      {"float", Type::kFloat},   {"double", Type::kDouble}, {"string", Type::kString},
+      {"binary", Type::kBinary}, {"object", Type::kObject},
+  };
+  return types;
+}
+
+const std::map<Type, std::string>& stringFromKvsTypeMap_() {
+  static const auto& names = *[] {
+    auto* const reversed = new std::map<Type, std::string>;
+    for (const auto& [name, type] : kKvsTypeToStringMap_()) {
+      reversed->emplace(type, name);
+    }
+    return reversed;
+  }();
   return names;
-}();
+}
 
 bool IsBetween(Type type, Type first, Type last) { return first <= type && type <= last; }
 
 int NumberOf(Type type) { return static_cast<int>(type); }
+
+std::string GetStatusAsString(KvsType::Status status) {
+  switch (status) {
+    case KvsType::Status::kSuccess:
+      return "Status::kSuccess";
+    case KvsType::Status::kNotFound:
+      return "Status::kNotFound";
+    case KvsType::Status::kCheckSumError:
+      return "Status::kCheckSumError";
+    case KvsType::Status::kGeneralError:
+      return "Status::kGeneralError:";  // Intended: the colon
+  }
+  return "Unknown state, should not happen!";
+}
 
 }  // namespace
 
@@ -170,7 +194,8 @@ void KvsType::Impl::AddArrayItem(const KvsType& kvs) {
 }
 
 void KvsType::Impl::beginArrayItem() {
-  internal_value_.SetParsedAsArray(true);  // first: stays set when the item is refused
+  internal_value_.SetParsedAsArray(
+      true);  // Intended: first, so that it stays set when the item is refused
   sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type=%d",
                         NumberOf(m_internal_type));
 }
@@ -196,27 +221,13 @@ bool KvsType::Impl::IsUnsignedInteger() const {
 }
 
 std::string KvsType::Impl::getKvsTypeAsString(const Type& type) {
-  const auto name = stringFromKvsTypeMap_.find(type);
-  return name == stringFromKvsTypeMap_.end() ? "getKvsTypeAsString_not_found" : name->second;
+  const auto name = stringFromKvsTypeMap_().find(type);
+  return name == stringFromKvsTypeMap_().end() ? "getKvsTypeAsString_not_found" : name->second;
 }
 
 KvsType::Type KvsType::Impl::getKvsTypeFromString(const std::string& name) {
-  const auto type = kKvsTypeToStringMap_.find(name);
-  return type == kKvsTypeToStringMap_.end() ? Type::kNotSupported : type->second;
-}
-
-std::string KvsType::Impl::GetStatusAsString(KvsType::Status status) const {
-  switch (status) {
-    case Status::kSuccess:
-      return "Status::kSuccess";
-    case Status::kNotFound:
-      return "Status::kNotFound";
-    case Status::kCheckSumError:
-      return "Status::kCheckSumError";
-    case Status::kGeneralError:
-      return "Status::kGeneralError:";
-  }
-  return "Unknown state, should not happen!";
+  const auto type = kKvsTypeToStringMap_().find(name);
+  return type == kKvsTypeToStringMap_().end() ? Type::kNotSupported : type->second;
 }
 
 void KvsType::Impl::logType() const {

@@ -56,7 +56,6 @@ class KvsType::Impl {
 
   static std::string getKvsTypeAsString(const KvsType::Type& type);
   static KvsType::Type getKvsTypeFromString(const std::string& name);
-  std::string GetStatusAsString(KvsType::Status status) const;
 
  private:
   friend class InternalAccess;

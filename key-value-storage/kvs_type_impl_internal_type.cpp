@@ -86,10 +86,11 @@ KvsTypeInternalType& KvsTypeInternalType::operator=(const KvsTypeInternalType& o
   if (this == &other) {
     return *this;
   }
+  KvsTypeInternalType copy(other);  // whatever can throw happens here
+  scalar_list_.swap(copy.scalar_list_);
+  object_list_.swap(copy.object_list_);
+  string_list_.swap(copy.string_list_);
   kind_ = other.kind_;
-  scalar_list_ = other.scalar_list_;
-  object_list_ = other.object_list_;
-  string_list_ = other.string_list_;
   parsed_as_array_ = other.parsed_as_array_;
   restart_pending_ = other.restart_pending_;
   second_flag_ = other.second_flag_;
@@ -208,8 +209,6 @@ const char* KvsTypeInternalType::endOfSequence(Kind kind) {
     return nullptr;
   }
   switch (kind) {
-    case Kind::kNone:
-      return nullptr;
     case Kind::kObject:
       return EndOf(object_list_.empty(), object_list_, object_cursor_, restart_pending_);
     case Kind::kString:
@@ -219,10 +218,13 @@ const char* KvsTypeInternalType::endOfSequence(Kind kind) {
   }
 }
 
-const char* KvsTypeInternalType::endOfScalars() {
+bool KvsTypeInternalType::scalarsCountAsNone() const {
   // Intended: only the low byte of the count is tested; 256 scalars count as none.
-  const bool empty = static_cast<unsigned char>(scalar_list_.size()) == 0;
-  return EndOf(empty, scalar_list_, scalar_cursor_, restart_pending_);
+  return static_cast<unsigned char>(scalar_list_.size()) == 0;
+}
+
+const char* KvsTypeInternalType::endOfScalars() {
+  return EndOf(scalarsCountAsNone(), scalar_list_, scalar_cursor_, restart_pending_);
 }
 
 std::uint64_t KvsTypeInternalType::getNext() {

@@ -27,23 +27,26 @@ struct DatabaseConfig {
   std::uint32_t updateTime = 0;  // milliseconds; 0: no delayed synchronisation
 };
 
-// A strategy is 0 "overWrite", 1 "keepExisting" or 2 "delete".
+// The numbers of the strategies "overWrite", "keepExisting" and "delete".
+constexpr std::uint32_t kOverWrite = 0;
+constexpr std::uint32_t kKeepExisting = 1;
+constexpr std::uint32_t kDelete = 2;
 
 struct FileProxy {
-  std::uint32_t updateStrategy = 0;
+  std::uint32_t updateStrategy = kOverWrite;
   std::string uri;         // the stored file
   std::string contentUri;  // the file with the new content
 };
 
 struct keyValuePair {
-  std::uint32_t updateStrategy = 0;
+  std::uint32_t updateStrategy = kOverWrite;
   std::string name;
   std::string initValue;
   std::string valueDataType;
 };
 
 struct DatabaseInfo {
-  std::uint32_t updateStrategy = 0;
+  std::uint32_t updateStrategy = kOverWrite;
   std::string uri;
   std::vector<keyValuePair> keyValuePairs;
 };
@@ -62,7 +65,7 @@ class ManifestHelper {
   bool initInfo(std::string path, ConfigKind kind);
 
   /// Sets "DataConfig" / "checksum" in the document at `path` and writes it back.
-  /// @return false when the document does not parse
+  /// @return false when the document does not parse. Intended: true when it cannot be written.
   bool saveConfigInfo(std::string path, unsigned int checksum);
 
   /// @return true. Intended: also when nothing was read; the record is zero then.
@@ -76,8 +79,8 @@ class ManifestHelper {
   bool parseDbbInfo(jsconfig::CObject& obj);
   bool parseFpInfo(jsconfig::CObject& obj);
 
-  bool isExitfp = false;  // a "FileProxy" section was read
-  bool isExitDb = false;  // a "KeyValukDatabase" section was read
+  bool isExitfp = false;  // a "FileProxy" section exists and was read
+  bool isExitDb = false;  // a "KeyValukDatabase" section exists and was read
   std::string updateType;
 
  private:

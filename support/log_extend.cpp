@@ -134,7 +134,10 @@ LogExtend::LogExtend(std::string name, int level)
     : m_name(name.empty() ? "PersistencyService" : std::move(name)),
       m_level(static_cast<LogLevel>(level)) {}
 
-LogExtend::LogExtend(std::string name) : LogExtend(std::move(name), 4) { logInit(LogLevel::kInfo); }
+LogExtend::LogExtend(std::string name)
+    : LogExtend(std::move(name), static_cast<int>(LogLevel::kInfo)) {
+  logInit(LogLevel::kInfo);
+}
 
 LogExtend::~LogExtend() { mLogObj = nullptr; }
 

@@ -46,23 +46,35 @@ bool StartsWithEscapedCarrier(std::string_view text) {
 /// one.
 std::size_t ValidSequence(std::string_view text) {
   const std::uint8_t lead = ByteAt(text, 0);
-  if (lead < 0x80) return 1;
-  if (lead < 0xC2 || lead > 0xF4) return 0;
+  if (lead < 0x80) {
+    return 1;
+  }
+  if (lead < 0xC2 || lead > 0xF4) {
+    return 0;
+  }
   const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  if (text.size() < length) return 0;
+  if (text.size() < length) {
+    return 0;
+  }
   // Only the second byte has a range of its own: it excludes overlong forms, surrogates, and what
   // lies beyond the last code point.
   const std::uint8_t low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
   const std::uint8_t high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-  if (ByteAt(text, 1) < low || ByteAt(text, 1) > high) return 0;
+  if (ByteAt(text, 1) < low || ByteAt(text, 1) > high) {
+    return 0;
+  }
   for (std::size_t i = 2; i < length; ++i) {
-    if ((ByteAt(text, i) & 0xC0) != 0x80) return 0;
+    if ((ByteAt(text, i) & 0xC0) != 0x80) {
+      return 0;
+    }
   }
   return length;
 }
 
 void CarryAll(std::string& target, std::string_view bytes) {
-  for (const char byte : bytes) AppendCarrier(target, static_cast<std::uint8_t>(byte));
+  for (const char byte : bytes) {
+    AppendCarrier(target, static_cast<std::uint8_t>(byte));
+  }
 }
 
 }  // namespace

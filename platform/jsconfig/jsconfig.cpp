@@ -28,14 +28,20 @@ Node& ElementOf(const Node& node, int index) {
 }
 
 Node& MemberOf(Node& node, const char* name) {
-  if (node.kind != Kind::kObject || name == nullptr) return NoToken();
+  if (node.kind != Kind::kObject || name == nullptr) {
+    return NoToken();
+  }
   const std::string_view wanted(name);
   Node* found = nullptr;
   Node** link = &node.members;
   for (; *link != nullptr; link = &(*link)->next) {
-    if ((*link)->Name() == wanted) found = *link;
+    if ((*link)->Name() == wanted) {
+      found = *link;
+    }
   }
-  if (found != nullptr) return *found;
+  if (found != nullptr) {
+    return *found;
+  }
 
   char* const copy = node.tree->NewText(wanted.size());
   std::memcpy(copy, wanted.data(), wanted.size());
@@ -51,7 +57,9 @@ bool IsInteger(const Node& node) {
 }
 
 void Report(bool* ok, bool value) {
-  if (ok != nullptr) *ok = value;
+  if (ok != nullptr) {
+    *ok = value;
+  }
 }
 
 double RealOf(const Node& node) {
@@ -70,31 +78,43 @@ double RealOf(const Node& node) {
 
 /// `value` cut toward zero and held to the range of `T`. The limits are compared as powers of two,
 /// which a double holds exactly, while it rounds the largest 64-bit integers up.
-template <typename T>
+template <class T>
 T CutToInteger(double value) {
   const double beyond = std::ldexp(1.0, std::numeric_limits<T>::digits);
   const double lowest = std::is_signed_v<T> ? -beyond : 0.0;
-  if (value >= beyond) return std::numeric_limits<T>::max();
-  if (value <= lowest) return std::numeric_limits<T>::min();
+  if (value >= beyond) {
+    return std::numeric_limits<T>::max();
+  }
+  if (value <= lowest) {
+    return std::numeric_limits<T>::min();
+  }
   return static_cast<T>(value);
 }
 
-template <typename T>
+template <class T>
 T IntegerOf(const CObject& object, bool* ok) {
   const Node& node = Node::Of(object);
   Report(ok, IsInteger(node));
-  if (IsInteger(node) || node.kind == Kind::kBool) return static_cast<T>(node.integer);
+  if (IsInteger(node) || node.kind == Kind::kBool) {
+    return static_cast<T>(node.integer);
+  }
   return CutToInteger<T>(RealOf(node));
 }
 
 /// @return what went wrong; empty if every byte was written
 std::string WriteFile(const std::string& path, std::string_view text) {
   FileDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
-  if (file.Get() == -1) return DescribeSystemError("cannot open", path);
+  if (file.Get() == -1) {
+    return DescribeSystemError("cannot open", path);
+  }
   while (!text.empty()) {
     const ssize_t written = ::write(file.Get(), text.data(), text.size());
-    if (written < 0 && errno != EINTR) return DescribeSystemError("cannot write", path);
-    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+    if (written < 0 && errno != EINTR) {
+      return DescribeSystemError("cannot write", path);
+    }
+    if (written > 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    }
   }
   return file.Close() ? std::string() : DescribeSystemError("cannot write", path);
 }
@@ -119,7 +139,9 @@ CObject::~CObject() = default;
 
 CObject& CObject::operator=(const CObject& other) {
   // A node's own handle keeps referring to it, or later look-ups would be led astray.
-  if (this != &Node::Of(*this).self) handle_ = other.handle_;
+  if (this != &Node::Of(*this).self) {
+    handle_ = other.handle_;
+  }
   return *this;
 }
 
@@ -172,7 +194,9 @@ std::string CObject::toString(bool* ok) const {
 
 void CObject::setValue(unsigned int value) {
   Node& node = Node::Of(*this);
-  if (&node == &NoToken()) return;
+  if (&node == &NoToken()) {
+    return;
+  }
   node.kind = Kind::kUnsigned;
   node.integer = value;
 }

@@ -26,9 +26,13 @@ constexpr std::size_t kParserDepth = kMaxDepth + 2;
 
 std::size_t CountElements(dom::array array) {
   constexpr std::size_t kSaturated = 0xFFFFFF;  // of the parser's own count
-  if (array.size() < kSaturated) return array.size();
+  if (array.size() < kSaturated) {
+    return array.size();
+  }
   std::size_t count = 0;
-  for (auto element = array.begin(); element != array.end(); ++element) ++count;
+  for (auto element = array.begin(); element != array.end(); ++element) {
+    ++count;
+  }
   return count;
 }
 
@@ -56,9 +60,13 @@ class TreeBuilder {
   bool Build(dom::element root) {
     Fill(tree_.root, root);
     while (!open_.empty()) {
-      if (open_.size() > kMaxDepth) return false;
+      if (open_.size() > kMaxDepth) {
+        return false;
+      }
       const auto resume = [this](auto& level) { return FillUntilNextLevel(level); };
-      if (!std::visit(resume, open_.back())) open_.pop_back();
+      if (!std::visit(resume, open_.back())) {
+        open_.pop_back();
+      }
     }
     return true;
   }
@@ -81,7 +89,9 @@ class TreeBuilder {
     while (level.next != level.end) {
       const dom::element element = *level.next;
       ++level.next;
-      if (Fill(*level.target++, element)) return true;
+      if (Fill(*level.target++, element)) {
+        return true;
+      }
     }
     return false;
   }
@@ -96,7 +106,9 @@ class TreeBuilder {
       level.link = &member.next;
       const dom::element element = level.next.value();
       ++level.next;
-      if (Fill(member, element)) return true;
+      if (Fill(member, element)) {
+        return true;
+      }
     }
     return false;
   }
@@ -179,7 +191,9 @@ std::unique_ptr<Tree> ReadPadded(const PaddedText& text, bool restore, std::stri
   if (code == simdjson::SUCCESS) {
     // Tokens take about four times the room of a usual text.
     auto tree = std::make_unique<Tree>(4 * text.size);
-    if (TreeBuilder(*tree, restore).Build(root)) return tree;
+    if (TreeBuilder(*tree, restore).Build(root)) {
+      return tree;
+    }
     code = simdjson::DEPTH_ERROR;
   }
   error = simdjson::error_message(code);
@@ -188,7 +202,9 @@ std::unique_ptr<Tree> ReadPadded(const PaddedText& text, bool restore, std::stri
 
 std::unique_ptr<Tree> ReadOwned(PaddedText text, std::string& error) {
   const bool carry = !simdjson::validate_utf8(text.bytes.get(), text.size);
-  if (carry) text = PaddedText(CarryBytes(text.View()));
+  if (carry) {
+    text = PaddedText(CarryBytes(text.View()));
+  }
   return ReadPadded(text, carry, error);
 }
 
@@ -197,9 +213,15 @@ bool ReadWhole(int fd, PaddedText& text) {
   std::size_t done = 0;
   while (done < text.size) {
     const ssize_t got = ::read(fd, text.bytes.get() + done, text.size - done);
-    if (got == 0) break;
-    if (got < 0 && errno != EINTR) return false;
-    if (got > 0) done += static_cast<std::size_t>(got);
+    if (got == 0) {
+      break;
+    }
+    if (got < 0 && errno != EINTR) {
+      return false;
+    }
+    if (got > 0) {
+      done += static_cast<std::size_t>(got);
+    }
   }
   text.size = done;
   return true;

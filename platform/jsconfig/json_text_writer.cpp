@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kLongestNumber = 32;
 
-template <typename T>
+template <class T>
 std::string_view Digits(T value, char (&buffer)[kLongestNumber]) {
   const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof(buffer), value);
   return {buffer, static_cast<std::size_t>(end.ptr - buffer)};
@@ -27,7 +27,9 @@ void AppendString(std::string& target, std::string_view text) {
     }
     target += '\\';
     std::size_t pair = 0;
-    while (pair < kShortEscapes.size() && kShortEscapes[pair] != c) pair += 2;
+    while (pair < kShortEscapes.size() && kShortEscapes[pair] != c) {
+      pair += 2;
+    }
     if (pair < kShortEscapes.size()) {
       target += kShortEscapes[pair + 1];
     } else {
@@ -53,8 +55,12 @@ class TreeWriter {
       }
       const Node& child = *level.next;
       level.next = level.isObject ? child.next : level.next + 1;
-      if (child.kind == Kind::kAbsent) continue;
-      if (text_.back() != '[' && text_.back() != '{') text_ += ',';
+      if (child.kind == Kind::kAbsent) {
+        continue;
+      }
+      if (text_.back() != '[' && text_.back() != '{') {
+        text_ += ',';
+      }
       if (level.isObject) {
         AppendString(text_, child.Name());
         text_ += ':';
@@ -110,7 +116,9 @@ void AppendScalar(std::string& target, const Node& node) {
     const std::string_view digits = Digits(node.real, buffer);
     target += digits;
     // Without either, an integer would be read.
-    if (digits.find_first_of(".e") == std::string_view::npos) target += ".0";
+    if (digits.find_first_of(".e") == std::string_view::npos) {
+      target += ".0";
+    }
   }
 }
 

@@ -76,7 +76,9 @@ class LargeBlocks final : public std::pmr::memory_resource {
     void* const block =
         std::pmr::new_delete_resource()->allocate(bytes, Alignment(bytes, alignment));
     // Only a hint: without it the block is as good, but slower.
-    if (bytes >= kHugePage) static_cast<void>(::madvise(block, bytes, MADV_HUGEPAGE));
+    if (bytes >= kHugePage) {
+      static_cast<void>(::madvise(block, bytes, MADV_HUGEPAGE));
+    }
     return block;
   }
 

@@ -7,34 +7,43 @@
 #include "ara/log/sink.h"
 #include "sink_state.h"
 
-namespace ara {
-namespace log {
+namespace ara::log {
 
 struct LogStream::Line {
   const Logger& logger;
   LogLevel level;
   std::string text;
+
+  void Send();
 };
 
 void LogStream::Append(const char* text) {
-  if (text != nullptr) line_->text += text;
+  if (text != nullptr) {
+    line_->text += text;
+  }
 }
 
-void LogStream::Send() {
-  if (line_->text.empty()) return;
-  SendToSink(line_->level, line_->logger.contextId_, line_->text);
-  line_->text.clear();
+void LogStream::Line::Send() {
+  if (text.empty()) {
+    return;
+  }
+  SendToSink(level, logger.contextId_, text);
+  text.clear();
 }
 
-void LogStream::Finish() noexcept {
-  const std::unique_ptr<Line> owner(line_);
-  Send();
+void LogStream::Send() { line_->Send(); }
+
+void LogStream::SendAndDelete::operator()(Line* line) const noexcept {
+  const std::unique_ptr<Line> owner(line);
+  line->Send();
 }
 
 Logger::Logger(std::string_view contextId, LogLevel level) : contextId_(contextId), level_(level) {}
 
 LogStream Logger::Open(LogLevel level) const {
-  if (level > GetThreshold()) return LogStream(nullptr);
+  if (level > GetThreshold()) {
+    return LogStream(nullptr);
+  }
   return LogStream(new LogStream::Line{*this, level, {}});
 }
 
@@ -48,5 +57,4 @@ Logger& CreateLogger(std::string_view contextId, std::string_view /*description*
   return *loggers.emplace_back(std::move(logger));
 }
 
-}  // namespace log
-}  // namespace ara
+}  // namespace ara::log

@@ -13,8 +13,7 @@
 
 #include "sink_state.h"
 
-namespace ara {
-namespace log {
+namespace ara::log {
 namespace {
 
 constexpr LogLevel kDefaultThreshold = LogLevel::kError;
@@ -24,7 +23,9 @@ constexpr std::array<const char*, 7> kLevelNames = {"OFF",  "FATAL", "ERROR",  "
 
 LogLevel ThresholdFromEnvironment() {
   const char* const wanted = std::getenv("ARA_LOG_LEVEL");
-  if (wanted == nullptr) return kDefaultThreshold;
+  if (wanted == nullptr) {
+    return kDefaultThreshold;
+  }
   for (std::size_t number = 0; number < kLevelNames.size(); ++number) {
     const char digit[] = {static_cast<char>('0' + number), '\0'};
     if (strcasecmp(wanted, kLevelNames[number]) == 0 || std::string_view(wanted) == digit) {
@@ -100,7 +101,9 @@ LogLevel GetThreshold() noexcept {
 
 void SetSink(Sink sink) {
   std::shared_ptr<const Sink> next;
-  if (sink) next = std::make_shared<const Sink>(std::move(sink));
+  if (sink) {
+    next = std::make_shared<const Sink>(std::move(sink));
+  }
   SinkState& state = State();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.sink.swap(next);  // the lock goes first, then the old function, whose end may log
@@ -108,10 +111,11 @@ void SetSink(Sink sink) {
 
 void SendToSink(LogLevel level, std::string_view contextId, std::string_view line) {
   const std::shared_ptr<const Sink> sink = SinkCall::IsRunning() ? nullptr : CurrentSink();
-  if (sink == nullptr) return WriteToStandardError(level, contextId, line);
+  if (sink == nullptr) {
+    return WriteToStandardError(level, contextId, line);
+  }
   const SinkCall call;
   (*sink)(level, contextId, line);
 }
 
-}  // namespace log
-}  // namespace ara
+}  // namespace ara::log

@@ -5,13 +5,11 @@
 
 #include "ara/log/logging.h"
 
-namespace ara {
-namespace log {
+namespace ara::log {
 
 /// Hands a finished line to the sink in force, or to the default one if called inside a sink.
 void SendToSink(LogLevel level, std::string_view contextId, std::string_view line);
 
-}  // namespace log
-}  // namespace ara
+}  // namespace ara::log
 
 #endif  // PLATFORM_LOG_SINK_STATE_H_

@@ -24,8 +24,8 @@ namespace ara::per {
 /// members are "key", "type" and "value". What is written and what is read differ in many places;
 /// docs/quirks.md lists them.
 ///
-/// A parser serves one operation on one thread. Reading raises no exception of its own, writing
-/// neither, apart from what the values raise.
+/// A parser serves one operation on one thread. A bad file or text is no exception; what gets out
+/// is what the handler and the values raise, and the lack of memory.
 class ARA_PER_EXPORT JsonParser {
  public:
   /// @param fileName  the file to read or write; may be empty when only texts are used
@@ -65,8 +65,9 @@ class ARA_PER_EXPORT JsonParser {
 
   /// Overwrites the file with the items in their order and waits for the disk.
   /// @return true, also when the file cannot be opened or written. Intended: an item that a file
-  ///     does not take (`kBinary`, `kNotSupported`, also nested) is left out.
-  /// @throws std::logic_error when a value's content contradicts its type; nothing is written then
+  ///     does not take (`kBinary`, `kNotSupported`, or an object with such an item) is left out;
+  ///     the next writing of the object begins behind the item that was refused.
+  /// @throws LogicErrorException when a value was moved from; nothing is written then
   bool writeKvsJson(const std::list<std::shared_ptr<KvsType>>& items);
 
   /// Composes the text of a file of one item. It moves the value's cursors.
@@ -91,11 +92,7 @@ class ARA_PER_EXPORT JsonParser {
   ARA_PER_LOCAL bool parseNestedItem(const jsconfig::CObject& item, const jsconfig::CObject& inner,
                                      std::string& typeName, bool initMode, bool isFirstLevel,
                                      KvsType& result);
-  template <class Element, class Read>
-  ARA_PER_LOCAL KvsType buildArray(const jsconfig::CObjectArray& array, const std::string& key,
-                                   Read&& read);
   ARA_PER_LOCAL bool addNestedItems(JsonArray& array, KvsTypeInternalType& store, std::string& end);
-  ARA_PER_LOCAL void addType(JsonObject& object, const KvsType& value);
 
   std::string strFileName;
   LogExtend* m_log = nullptr;

@@ -50,6 +50,7 @@ class ARA_PER_EXPORT JsonReadHandler {
   /// `kSuccess`.
   /// @return false when there is no item to close; else true
   /// @throws PhysicalStorageErrorException when nothing is open
+  /// @throws std::logic_error when the parent of a child item holds values of another kind
   bool EndObject();
 
   /// Add a value to the item, whatever the state and the member name before. `KObject` takes the
@@ -106,7 +107,7 @@ class ARA_PER_EXPORT JsonReadHandler {
 
   template <class Value>
   ARA_PER_LOCAL bool addValue(const Value& value);
-  ARA_PER_LOCAL void beginItem(bool asChild);
+  ARA_PER_LOCAL void beginItem(bool asChild, int line);
   ARA_PER_LOCAL bool endItem();
   ARA_PER_LOCAL void takeTypeName(const std::string& name);
 

@@ -24,7 +24,8 @@ namespace ara::per {
 /// process one at a time.
 ///
 /// A moved-from object may be destroyed and assigned to, and `RemoveKey`, `RemoveAllKeys` and
-/// `SyncToStorage` do nothing on it; every other operation throws `LogicErrorException`.
+/// `SyncToStorage` do nothing on it; `HasKey`, `GetAllKeys`, `GetValue` and `SetValue` throw
+/// `LogicErrorException`.
 class ARA_PER_EXPORT KeyValueStorage {
  public:
   /// Runs parallel to `KvsType::Status`; do not renumber.
@@ -55,11 +56,15 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// @return all keys in the order in which they were first stored
   std::vector<std::string> GetAllKeys() const;
 
+  /// @return whether something is stored under `key`
   bool HasKey(const std::string& key) const;
 
-  /// Removes a key; a missing one is only logged.
+  /// Removes a key from memory; a missing one is only logged.
+  /// @throws std::system_error when the thread of the delayed write cannot be started; the change
+  ///     has been made by then
   void RemoveKey(const std::string& key);
 
+  /// Removes all keys from memory. It throws as `RemoveKey` does.
   void RemoveAllKeys();
 
   /// Intended: does nothing.
@@ -86,7 +91,8 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// Stores a copy of `value` under `key`, in memory. The types are those of `GetValue`. A key that
   /// exists keeps its place in the order of keys.
   /// @return `kGeneralError` for an empty vector, which leaves the key as it was; else `kSuccess`
-  /// @throws LogicErrorException for a moved-from `KvsType`
+  /// @throws LogicErrorException for a moved-from `KvsType`; the key is as it was
+  /// @throws std::system_error as `RemoveKey` does
   template <class T>
   Status SetValue(const std::string& key, const T& value);
 

@@ -96,8 +96,8 @@ class ARA_PER_EXPORT KvsTypeInternalType {
 
   /// All scalars as the raw bits that `getNext` gives, without moving the cursor.
   const std::list<std::uint64_t>& scalars() const { return scalar_list_; }
-  /// All texts, without moving the cursor.
-  const std::list<std::string>& strings() const { return string_list_; }
+  /// Whether the reads above take the scalars for none.
+  bool scalarsCountAsNone() const;
 
   /// The raw bits of a scalar as the scalar itself.
   template <class Scalar>
@@ -123,6 +123,9 @@ class ARA_PER_EXPORT KvsTypeInternalType {
   bool restart_pending_ = true;  // the next read starts at the front; one flag for all cursors
   [[maybe_unused]] bool second_flag_ = true;  // Intended: copied along and read by nothing
 };
+
+template <>
+bool KvsTypeInternalType::fromCell<bool>(std::uint64_t cell);
 
 }  // namespace ara::per
 

@@ -46,6 +46,7 @@ class ARA_PER_EXPORT LogExtend {
   /// Gives the shared object and creates it when there is none, which prints
   /// "option the log object" and a line end on standard output. Only the first caller's `name`
   /// counts. Safe from any thread.
+  /// Intended: the first test takes no lock, so that no `LogExtend` may end at the same time.
   /// @return never null; the caller does not own it
   /// @throws std::system_error when the lock around the creation fails
   static LogExtend* getLogExtenObject(std::string name);

@@ -3,14 +3,14 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #define ARA_LOG_EXPORT __attribute__((visibility("default")))
 
-namespace ara {
-namespace log {
+namespace ara::log {
 
 /// How urgent a line is; as a limit, the least urgent level that is still shown. The numbers
 /// stand in callers' tables and in the environment: do not renumber.
@@ -42,32 +42,30 @@ ARA_LOG_EXPORT extern std::atomic<std::uint8_t> threshold;
 /// it is given. The logger outlives every stream, since loggers live as long as the process.
 class ARA_LOG_EXPORT LogStream {
  public:
-  LogStream(LogStream&& other) noexcept : line_(std::exchange(other.line_, nullptr)) {}
+  LogStream(LogStream&& other) noexcept = default;
 
-  /// Sends what this stream still held, then takes over the line of `other`.
-  LogStream& operator=(LogStream&& other) noexcept {
-    LogStream taken(std::move(other));
-    std::swap(line_, taken.line_);
-    return *this;
-  }
+  /// Takes over the line of `other`, then sends what this stream still held.
+  LogStream& operator=(LogStream&& other) noexcept = default;
 
   LogStream(const LogStream&) = delete;
   LogStream& operator=(const LogStream&) = delete;
 
-  ~LogStream() {
-    if (line_ != nullptr) Finish();
-  }
+  ~LogStream() = default;
 
   /// Appends `text`, which ends with a zero byte and is copied; null appends nothing.
   /// @throws std::bad_alloc  only if the line is shown
   LogStream& operator<<(const char* text) {
-    if (line_ != nullptr) Append(text);
+    if (line_ != nullptr) {
+      Append(text);
+    }
     return *this;
   }
 
   /// Sends the pieces so far as one line and starts an empty one; without pieces nothing is sent.
   LogStream& Flush() {
-    if (line_ != nullptr) Send();
+    if (line_ != nullptr) {
+      Send();
+    }
     return *this;
   }
 
@@ -75,13 +73,16 @@ class ARA_LOG_EXPORT LogStream {
   friend class Logger;
   struct Line;
 
+  struct SendAndDelete {
+    void operator()(Line* line) const noexcept;
+  };
+
   explicit LogStream(Line* line) noexcept : line_(line) {}
 
   void Append(const char* text);
   void Send();
-  void Finish() noexcept;
 
-  Line* line_;  // owned; null for a line that is not shown
+  std::unique_ptr<Line, SendAndDelete> line_;  // null for a line that is not shown
 };
 
 /// Source of log lines of one context. `CreateLogger` makes it; it lives to the end of the process.
@@ -135,7 +136,6 @@ class ARA_LOG_EXPORT Logger {
 ARA_LOG_EXPORT Logger& CreateLogger(std::string_view contextId, std::string_view description,
                                     LogLevel level);
 
-}  // namespace log
-}  // namespace ara
+}  // namespace ara::log
 
 #endif  // ARA_LOG_LOGGING_H_

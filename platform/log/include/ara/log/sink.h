@@ -6,8 +6,7 @@
 
 #include "ara/log/logging.h"
 
-namespace ara {
-namespace log {
+namespace ara::log {
 
 /// Takes one finished line: its level, the context of its logger, and the text without a line end.
 /// The views are valid during the call only.
@@ -34,7 +33,6 @@ ARA_LOG_EXPORT LogLevel GetThreshold() noexcept;
 /// Safe from any thread.
 ARA_LOG_EXPORT void SetSink(Sink sink);
 
-}  // namespace log
-}  // namespace ara
+}  // namespace ara::log
 
 #endif  // ARA_LOG_SINK_H_
