@@ -26,10 +26,17 @@ install(FILES
 file(RELATIVE_PATH prefix_from_pc
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
-# A shared library brings its own dependencies along; a static one names them.
-set(static_libraries "")
+# A shared library brings its own dependencies along; a static one names them. A library of the
+# platform that took a stand-in's place is the platform's to name.
+set(pc_libraries "-lara_per")
+if(NOT BUILD_SHARED_LIBS AND NOT JSCONFIG_TARGET)
+  string(APPEND pc_libraries " -ljsconfig -lsimdjson")
+endif()
 if(NOT BUILD_SHARED_LIBS)
-  set(static_libraries " -ljsconfig -lsimdjson -pthread")
+  string(APPEND pc_libraries " -pthread")
+endif()
+if(NOT ARA_LOG_TARGET)
+  string(APPEND pc_libraries " -llog")
 endif()
 configure_file(cmake/ara_per.pc.in ara_per.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/ara_per.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

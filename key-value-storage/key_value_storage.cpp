@@ -6,7 +6,7 @@
 namespace ara::per {
 
 KeyValueStorage::KeyValueStorage(const std::string& database)
-    : pimpl_(std::make_unique<Impl>(database)) {}
+    : pimpl_(std::make_shared<Impl>(database)) {}
 
 KeyValueStorage::KeyValueStorage(KeyValueStorage&& other) noexcept = default;
 KeyValueStorage& KeyValueStorage::operator=(KeyValueStorage&& other) noexcept = default;

@@ -5,11 +5,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <condition_variable>
 #include <exception>
 #include <iostream>
 #include <iterator>
-#include <mutex>
 #include <utility>
 
 #include "ara/per/json_parser.h"
@@ -63,36 +61,6 @@ SyncLock mSyncLock;
 
 }  // namespace
 
-/// Keeps the end of an engine and its delayed write apart: a write that waits for its turn learns
-/// that the engine is gone, and the end waits for a write that has begun.
-class KeyValueStorage::Impl::Lifeline {
- public:
-  /// @return whether the engine lives; it then does until `endWrite`
-  bool beginWrite() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    writing_ = !ended_;
-    return writing_;
-  }
-
-  void endWrite() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    writing_ = false;
-    idle_.notify_all();
-  }
-
-  void end() {
-    std::unique_lock<std::mutex> guard(mutex_);
-    idle_.wait(guard, [this] { return !writing_; });
-    ended_ = true;
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable idle_;
-  bool writing_ = false;
-  bool ended_ = false;
-};
-
 struct KeyValueStorage::Impl::Item : KvsType {
   explicit Item(const KvsType& value) : KvsType(value) {}
   explicit Item(KvsType&& value) : KvsType(std::move(value)) {}
@@ -100,8 +68,7 @@ struct KeyValueStorage::Impl::Item : KvsType {
   ItemList::iterator place;  // where the engine's list holds this item
 };
 
-KeyValueStorage::Impl::Impl(const std::string& database)
-    : database_(database), lifeline_(std::make_shared<Lifeline>()) {
+KeyValueStorage::Impl::Impl(const std::string& database) : database_(database) {
   config_path_ = getTheCurrentPath() + kConfigFile;
   log_ = LogExtend::getLogExtenObject("PersistencyService");
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "impl configpath: %s :database=%s",
@@ -121,7 +88,7 @@ KeyValueStorage::Impl::Impl(const std::string& database)
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::Impl end");
 }
 
-KeyValueStorage::Impl::~Impl() { lifeline_->end(); }
+KeyValueStorage::Impl::~Impl() = default;
 
 std::string KeyValueStorage::Impl::getTheCurrentPath() {
   std::array<char, 200> buffer{};
@@ -230,9 +197,8 @@ void KeyValueStorage::Impl::append(const std::shared_ptr<KvsType>& item) {
 }
 
 void KeyValueStorage::Impl::deinit() {
-  lifeline_->end();
-  kvs_items_in_add_order_.clear();
-  kvs_items_.clear();
+  // The containers go with the engine: a delayed write that has begun still walks them.
+  ended_ = true;
   timer_.stop();
 }
 
@@ -329,7 +295,8 @@ void KeyValueStorage::Impl::removeAllKeys() {
 void KeyValueStorage::Impl::armTimer() {
   if (!isTimer && config_.updateTime != 0) {
     // Intended: a delay above 2147483647 becomes negative, and the call comes at once.
-    timer_.setTimeout(&Impl::onTimer, this, static_cast<int>(config_.updateTime));
+    timer_.setTimeout(&Impl::onTimer, this, static_cast<int>(config_.updateTime),
+                      shared_from_this());
     isTimer = true;
   }
 }
@@ -351,15 +318,12 @@ bool KeyValueStorage::Impl::sizeLimitReached() const {
 }
 
 void KeyValueStorage::Impl::syncToLocalStorage() {
-  const std::shared_ptr<Lifeline> lifeline = lifeline_;
   // Intended: no guard. An exception out of the write leaves the lock held.
   mSyncLock.lock();
-  if (!lifeline->beginWrite()) {
+  if (ended_) {  // while a delayed write waited for its turn
     mSyncLock.unlock();
     return;
   }
-  const std::unique_ptr<Lifeline, void (*)(Lifeline*)> writing(
-      lifeline.get(), [](Lifeline* engine) { engine->endWrite(); });
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "db_changed_:%d ",
                  static_cast<int>(db_changed_));
   if (!db_changed_) {

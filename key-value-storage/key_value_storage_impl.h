@@ -1,6 +1,7 @@
 #ifndef KEY_VALUE_STORAGE_KEY_VALUE_STORAGE_IMPL_H_
 #define KEY_VALUE_STORAGE_KEY_VALUE_STORAGE_IMPL_H_
 
+#include <atomic>
 #include <list>
 #include <map>
 #include <memory>
@@ -22,16 +23,17 @@ namespace ara::per {
 /// key in a file, the list holds both and the map the later.)
 ///
 /// Not guarded: the containers and flags are used by the application's thread and, during a
-/// delayed synchronisation, by the timer's. Only the end of the engine waits for such a one.
-class KeyValueStorage::Impl {
+/// delayed synchronisation, by the timer's. Such a one keeps the engine alive once it has begun.
+class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorage::Impl> {
  public:
   explicit Impl(const std::string& database);
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
-  /// Intended: neither synchronises nor stops the timer; `deinit` does the latter.
+  /// Intended: stops no timer; `deinit` does.
   virtual ~Impl();
 
+  /// The end of the database: stops the timer and synchronises nothing.
   virtual void deinit();
   virtual std::vector<std::string> getAllKeys() const;
   virtual bool hasKey(const std::string& key) const;
@@ -57,8 +59,6 @@ class KeyValueStorage::Impl {
   /// not search the list.
   struct Item;
 
-  class Lifeline;
-
   static std::string getTheCurrentPath();
   void readConfiguration();
   void InitWithoutRedundancy();
@@ -83,8 +83,8 @@ class KeyValueStorage::Impl {
   ItemList kvs_items_in_add_order_;
   std::map<std::string, std::shared_ptr<KvsType>> kvs_items_;
 
-  const KvsType missing_;  // what a missing key reads as
-  const std::shared_ptr<Lifeline> lifeline_;
+  const KvsType missing_;            // what a missing key reads as
+  std::atomic<bool> ended_ = false;  // a delayed write that has not begun is no longer wanted
 };
 
 }  // namespace ara::per

@@ -24,6 +24,7 @@ KvsType::KvsType(void* data, std::size_t len) : impl_(std::make_unique<Impl>(dat
 KvsType::KvsType(const KvsType& other)
     : impl_(other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr) {}
 
+// NOLINTNEXTLINE(cert-oop54-cpp): the members bear being assigned to themselves
 KvsType& KvsType::operator=(const KvsType& other) {
   if (other.impl_ && impl_) {
     *impl_ = *other.impl_;

@@ -11,9 +11,12 @@ namespace {
 template <class Scalar>
 std::uint64_t ToCell(Scalar value) {
   std::uint64_t cell = 0;
+  static_assert(sizeof value == sizeof cell);
   std::memcpy(&cell, &value, sizeof value);
   return cell;
 }
+
+std::uint64_t ToCell(bool value) { return value ? 1 : 0; }
 
 /// What a read of `list` at `cursor` would throw with; the end of the list rewinds.
 template <class List>

@@ -44,9 +44,6 @@ void CopyPiece(char* to, const char* from, std::size_t count) {
 /// One line under construction; what does not fit is cut.
 class LineBuffer {
  public:
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): only what was written is ever read
-  LineBuffer() {}
-
   void append(std::string_view text) {
     const std::size_t count = std::min(text.size(), room());
     CopyPiece(end_, text.data(), count);
@@ -118,7 +115,9 @@ class LineBuffer {
   }
 #pragma GCC diagnostic pop
 
-  // A number may be written beyond the line's size before it is cut.
+  // Left unset: only what was written is ever read. A number may be written beyond the line's size
+  // before it is cut.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
   std::array<char, kSize + kNumberTextSize<double>> buffer_;
   char* end_ = buffer_.data();
 };

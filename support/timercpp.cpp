@@ -26,10 +26,21 @@ Timer::Timer() : state_(std::make_shared<State>()) {}
 
 Timer::~Timer() { state_->stopped_ = true; }
 
-void Timer::setTimeout(void (*function)(void*), void* data, int delay) {
+void Timer::setTimeout(void (*function)(void*), void* data, int delay,
+                       const std::shared_ptr<const void>& owner) {
   state_->stopped_ = false;
   gfunction = function;
-  std::thread([state = state_, data, delay] { sleepAndCall(*state, data, delay); }).detach();
+  const bool isOwned = owner != nullptr;
+  std::thread([state = state_, data, delay, isOwned, weakOwner = std::weak_ptr(owner)] {
+    if (state->stopped_) {
+      return;
+    }
+    SleepFor(delay);
+    const std::shared_ptr<const void> livingOwner = weakOwner.lock();
+    if (!isOwned || livingOwner != nullptr) {
+      call(*state, data);
+    }
+  }).detach();
 }
 
 void Timer::stop() {
@@ -39,11 +50,7 @@ void Timer::stop() {
 
 void Timer::clearStopped() { state_->stopped_ = false; }
 
-void Timer::sleepAndCall(const State& state, void* data, int delay) {
-  if (state.stopped_) {
-    return;
-  }
-  SleepFor(delay);
+void Timer::call(const State& state, void* data) {
   if (state.stopped_) {
     return;
   }

@@ -18,16 +18,19 @@ class Timer {
   Timer(const Timer&) = delete;
   Timer& operator=(const Timer&) = delete;
 
-  /// Keeps the sleeping threads of this timer from calling, so that none reaches an owner that is
-  /// gone; other timers are not silenced. A call that has begun is not waited for.
+  /// Keeps the sleeping threads of this timer from calling; other timers are not silenced. A call
+  /// that has begun is not waited for.
   ~Timer();
 
   /// Arms a call of `function` with `data` after `delay` milliseconds; 0 and less do not sleep.
   /// Intended: this also revives threads of the same timer that were stopped and still sleep.
   /// @param function  must accept a null pointer: that is what it gets when the timer is stopped
   ///     in the moment of the call
+  /// @param owner  what must live for the call, when given: the call keeps it alive and does not
+  ///     come when it is gone
   /// @throws std::system_error when no thread can be started
-  void setTimeout(void (*function)(void*), void* data, int delay);
+  void setTimeout(void (*function)(void*), void* data, int delay,
+                  const std::shared_ptr<const void>& owner = nullptr);
 
   /// Silences every sleeping thread of the process; they still sleep to their end.
   void stop();
@@ -41,7 +44,7 @@ class Timer {
     bool stopped_ = false;
   };
 
-  static void sleepAndCall(const State& state, void* data, int delay);
+  static void call(const State& state, void* data);
 
   std::shared_ptr<State> state_;
 };

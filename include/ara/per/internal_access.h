@@ -15,7 +15,8 @@ namespace ara::per {
 ///
 /// Intended: every operation takes the value as const, also those that change it, since the change
 /// goes through the value's own pointer. References stay valid as long as the value keeps its
-/// content. A value that was moved from makes each of them throw `LogicErrorException`.
+/// content. A value that was moved from makes an operation that looks at it throw
+/// `LogicErrorException`.
 class ARA_PER_EXPORT InternalAccess {
  public:
   std::uint32_t& GetChecksum(const KvsType& value);

@@ -114,7 +114,8 @@ class ARA_PER_EXPORT KeyValueStorage {
 
   ARA_PER_LOCAL Impl& engine() const;
 
-  std::unique_ptr<Impl> pimpl_;  // null only in a moved-from object
+  // Null only in a moved-from object. Shared with nobody but a delayed write that has begun.
+  std::shared_ptr<Impl> pimpl_;
 };
 
 /// Opens a database as the constructor of `KeyValueStorage` does.

@@ -101,11 +101,11 @@ class ARA_PER_EXPORT KvsTypeInternalType {
 
   /// The raw bits of a scalar as the scalar itself.
   template <class Scalar>
-  static Scalar fromCell(std::uint64_t cell);
+  ARA_PER_LOCAL static Scalar fromCell(std::uint64_t cell);
 
  private:
   template <class Scalar>
-  void addScalar(Kind kind, const char* mismatch, Scalar value);
+  ARA_PER_LOCAL void addScalar(Kind kind, const char* mismatch, Scalar value);
   void settleKind(Kind kind, const char* mismatch);
   void demandKind(Kind kind, const char* mismatch) const;
   void demandNext(Kind kind);
@@ -125,7 +125,7 @@ class ARA_PER_EXPORT KvsTypeInternalType {
 };
 
 template <>
-bool KvsTypeInternalType::fromCell<bool>(std::uint64_t cell);
+ARA_PER_LOCAL bool KvsTypeInternalType::fromCell<bool>(std::uint64_t cell);
 
 }  // namespace ara::per
 
