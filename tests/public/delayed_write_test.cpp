@@ -1,0 +1,323 @@
+#include <cerrno>
+#include <condition_variable>
+#include <cstddef>
+#include <ctime>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ara/per/key_value_storage.h"
+#include "tests/support/database_test.h"
+
+namespace ara::per::testing {
+namespace {
+
+/// Stands before the C library's `nanosleep`: while it is held, the delays of the process end when
+/// the test says so and not by the clock.
+class Delays {
+ public:
+  static Delays& OfTheProcess() {
+    static Delays& delays = *new Delays;  // sleeping threads outlive everything else
+    return delays;
+  }
+
+  void Hold(bool held) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    held_ = held;
+    asked_.clear();
+    ended_ = 0;
+    changed_.notify_all();
+  }
+
+  int Sleep(const timespec& time, timespec* rest) {
+    std::unique_lock<std::mutex> guard(mutex_);
+    if (!held_) {
+      guard.unlock();
+      errno = ::clock_nanosleep(CLOCK_REALTIME, 0, &time, rest);
+      return errno == 0 ? 0 : -1;
+    }
+    asked_.push_back(static_cast<long>(time.tv_sec) * 1000 + time.tv_nsec / 1000000);
+    const std::size_t number = asked_.size();
+    changed_.wait(guard, [&] { return !held_ || ended_ >= number; });
+    return 0;
+  }
+
+  /// The delays so far, in milliseconds.
+  std::vector<long> Asked() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    return asked_;
+  }
+
+  /// Ends the oldest delay that still lasts.
+  void EndOne() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    ++ended_;
+    changed_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool held_ = false;
+  std::vector<long> asked_;
+  std::size_t ended_ = 0;
+};
+
+}  // namespace
+}  // namespace ara::per::testing
+
+extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec* time,
+                                                                timespec* rest) {
+  return ara::per::testing::Delays::OfTheProcess().Sleep(*time, rest);
+}
+
+namespace ara::per::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::IsEmpty;
+
+constexpr char kOneItem[] = R"([{"key":"a","type":"sint32","value":1}])";
+constexpr char kCalled[] = "timer is called\n";
+
+// A sanitizer's own thread starts with the first one of the process and must not be counted later.
+const bool kThreadStarted = (std::thread([] {}).join(), true);
+
+std::ptrdiff_t ThreadCount() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return std::distance(begin(tasks), end(tasks));
+}
+
+class DelayedWriteTest : public DatabaseTest {
+ protected:
+  DelayedWriteTest() {
+    WriteConfig(false, 0, 50);
+    delays_.Hold(true);
+  }
+
+  ~DelayedWriteTest() override { EndAllDelays(); }
+
+  /// Ends all delays, of which no database may expect anything, and starts anew.
+  void Restart() {
+    EndAllDelays();
+    delays_.Hold(true);
+    ended_ = 0;
+  }
+
+  /// The delays so far, once `count` have begun and no thread is on the way to a further one.
+  std::vector<long> Armed(std::size_t count) {
+    WaitUntil([&] {
+      const std::size_t begun = delays_.Asked().size();
+      return begun >= count &&
+             ThreadCount() <= threads_ + static_cast<std::ptrdiff_t>(begun - ended_);
+    });
+    return delays_.Asked();
+  }
+
+  /// Ends the oldest delay and waits until its thread has done all that it does.
+  void EndDelay() {
+    const std::ptrdiff_t before = ThreadCount();
+    delays_.EndOne();
+    ++ended_;
+    ASSERT_TRUE(WaitUntil([&] { return ThreadCount() < before; }));
+    log_.Lines();  // its lock orders what that thread has done before what follows
+  }
+
+  /// Makes a change that arms if the database believes that no delay lasts.
+  /// @return the log line of it, which tells what the database believes
+  std::string Change(KeyValueStorage& database) {
+    log_.Clear();
+    database.SetValue<int>("a", 1);
+    return TakeLines(kEngineFile).front();
+  }
+
+  void EndAllDelays() {
+    delays_.Hold(false);
+    EXPECT_TRUE(WaitUntil([this] { return ThreadCount() <= threads_; }));
+  }
+
+  Delays& delays_ = Delays::OfTheProcess();
+  const std::ptrdiff_t threads_ = ThreadCount();
+  std::size_t ended_ = 0;
+};
+
+TEST_F(DelayedWriteTest, DelayComesFromTheConfigurationFile) {
+  struct Case {
+    const char* name;
+    const char* config;  // null: no file
+    std::vector<long> delays;
+  };
+  const std::vector<Case> cases = {
+      {"no file", nullptr, {60000}},
+      {"without isRedundancy", R"({"DataConfig":{"updateTime":7}})", {6000}},
+      {"without DataConfig", R"({"dataConfig":{"isRedundancy":false}})", {6000}},
+      {"no json", "{", {}},
+      {"1500", R"({"DataConfig":{"isRedundancy":false,"updateTime":1500}})", {1500}},
+      {"text as isRedundancy", R"({"DataConfig":{"isRedundancy":"no","updateTime":7}})", {7}},
+      {"without updateTime", R"({"DataConfig":{"isRedundancy":false,"maxSize":9}})", {}},
+      {"0", R"({"DataConfig":{"isRedundancy":false,"updateTime":0}})", {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::filesystem::remove("PersistencyConfig.json");
+    if (c.config != nullptr) {
+      WriteFile("PersistencyConfig.json", c.config);
+    }
+    Restart();
+    KeyValueStorage database("db");
+    WriteConfig(false, 0, 9999);  // read when a database is opened, and never again
+    EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
+    EXPECT_EQ(Armed(c.delays.size()), c.delays);
+    EXPECT_THAT(Change(database), EndsWith(c.delays.empty() ? "isTimer=0" : "isTimer=1"));
+  }
+}
+
+TEST_F(DelayedWriteTest, WorkingDirectoryOf200BytesHoldsNoConfiguration) {
+  const std::size_t length = std::filesystem::current_path().string().size();
+  for (const std::size_t target : {199U, 200U}) {
+    SCOPED_TRACE(target);
+    const std::filesystem::path directory =
+        dir_.Path() / std::string(target - length - 1, target == 199 ? 'a' : 'b');
+    std::filesystem::create_directory(directory);
+    std::filesystem::current_path(directory);
+    WriteConfig(false, 0, 7);
+    log_.Clear();
+    const KeyValueStorage database("db");
+    EXPECT_EQ(log_.Has(3, "config file is not exit"), target == 200);
+  }
+}
+
+TEST_F(DelayedWriteTest, BurstIsWrittenOnceWhenItsDelayEnds) {
+  KeyValueStorage database("db");
+  EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
+  database.SetValue<int>("b", 2);
+  database.RemoveKey("b");
+  EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
+  EXPECT_THAT(Armed(1), ElementsAre(50));
+  EXPECT_FALSE(std::filesystem::exists("db"));
+  log_.Clear();
+  EndDelay();
+  EXPECT_EQ(out_.Take(), kCalled);
+  EXPECT_THAT(TakeLines(kEngineFile),
+              ElementsAre("6 db_changed_:1 ", "6 syncToLocalStorage db_changed_ database_:db ",
+                          "6 KeyValueStorage::Impl::syncToLocalStorage end"));
+  EXPECT_EQ(ReadFile("db"), kOneItem);
+  EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
+  EXPECT_THAT(Armed(2), ElementsAre(50, 50));
+}
+
+TEST_F(DelayedWriteTest, DelayOfTheConfigurationReallyPasses) {
+  delays_.Hold(false);
+  KeyValueStorage database("db");
+  database.SetValue<int>("a", 1);
+  EXPECT_TRUE(
+      WaitUntil([this] { return log_.Has(6, "KeyValueStorage::Impl::syncToLocalStorage end"); }));
+  EXPECT_EQ(ReadFile("db"), kOneItem);
+}
+
+TEST_F(DelayedWriteTest, ChangesAndAttemptsAtThemArm) {
+  const std::vector<std::pair<const char*, void (*)(KeyValueStorage&)>> operations = {
+      {"set", [](KeyValueStorage& d) { d.SetValue<int>("a", 2); }},
+      {"remove", [](KeyValueStorage& d) { d.RemoveKey("a"); }},
+      {"remove a missing one", [](KeyValueStorage& d) { d.RemoveKey("b"); }},
+      {"remove all", [](KeyValueStorage& d) { d.RemoveAllKeys(); }},
+  };
+  WriteFile("db", kOneItem);
+  for (const auto& [name, operation] : operations) {
+    SCOPED_TRACE(name);
+    Restart();
+    KeyValueStorage database("db");
+    EXPECT_THAT(Armed(0), IsEmpty());
+    operation(database);
+    operation(database);
+    EXPECT_THAT(Armed(1), ElementsAre(50));
+  }
+}
+
+TEST_F(DelayedWriteTest, CallThatFindsNoChangeLeavesTheDatabaseDisarmedForLong) {
+  KeyValueStorage database("db");
+  database.RemoveKey("a");
+  EXPECT_THAT(Armed(1), ElementsAre(50));
+  EndDelay();
+  EXPECT_EQ(out_.Take(), kCalled);
+  EXPECT_FALSE(std::filesystem::exists("db"));
+  database.SyncToStorage();  // nothing changed: leaves the flag, too
+  EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
+  database.RemoveAllKeys();
+  EXPECT_THAT(Armed(1), ElementsAre(50));
+  database.SyncToStorage();
+  EXPECT_EQ(ReadFile("db"), "[]");
+  EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
+  EXPECT_THAT(Armed(2), ElementsAre(50, 50));
+}
+
+TEST_F(DelayedWriteTest, ChangeAfterASyncRevivesTheOlderDelay) {
+  KeyValueStorage database("db");
+  database.SetValue<int>("a", 2);
+  Armed(1);
+  database.SyncToStorage();
+  Change(database);
+  Armed(2);
+  EndDelay();  // of the first change
+  EXPECT_EQ(ReadFile("db"), kOneItem);
+  EndDelay();
+  EXPECT_EQ(out_.Take(), kCalled);
+}
+
+TEST_F(DelayedWriteTest, SyncOrEndOfAnyDatabaseSilencesAllOthersForLong) {
+  for (const bool bySync : {true, false}) {
+    SCOPED_TRACE(bySync);
+    Restart();
+    KeyValueStorage database("db");
+    auto other = CreateKeyValueStorage("other");
+    EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
+    Armed(1);
+    if (bySync) {
+      other->SetValue<int>("a", 1);
+      Armed(2);
+      other->SyncToStorage();
+      EndDelay();
+    } else {
+      other.reset();
+    }
+    EndDelay();
+    EXPECT_EQ(out_.Take(), "");
+    EXPECT_FALSE(std::filesystem::exists("db"));
+    EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
+  }
+}
+
+TEST_F(DelayedWriteTest, OpeningMovingAndTheEndOfAShellSilenceNobody) {
+  KeyValueStorage armed("db");
+  Change(armed);
+  Armed(1);
+  KeyValueStorage database(std::move(armed));
+  KeyValueStorage assigned("assigned");
+  {
+    KeyValueStorage other("other");
+    assigned = std::move(other);
+  }
+  EndDelay();
+  EXPECT_EQ(out_.Take(), kCalled);
+  EXPECT_EQ(ReadFile("db"), kOneItem);
+}
+
+TEST_F(DelayedWriteTest, DelayedWriteOfADatabaseThatIsGoneDoesNotHappen) {
+  KeyValueStorage database("db");
+  Change(database);
+  Armed(1);
+  database = KeyValueStorage("other");
+  EndDelay();
+  EXPECT_EQ(out_.Take(), "");
+  EXPECT_FALSE(std::filesystem::exists("db"));
+}
+
+}  // namespace
+}  // namespace ara::per::testing

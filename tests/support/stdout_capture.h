@@ -1,0 +1,48 @@
+#ifndef TESTS_SUPPORT_STDOUT_CAPTURE_H_
+#define TESTS_SUPPORT_STDOUT_CAPTURE_H_
+
+#include <iostream>
+#include <mutex>
+#include <streambuf>
+#include <string>
+#include <string_view>
+
+namespace ara::per::testing {
+
+/// Takes what any thread of the process writes through `std::cout` while it lives.
+class StdoutCapture : private std::streambuf {
+ public:
+  StdoutCapture() : before_(std::cout.rdbuf(this)) {}
+  ~StdoutCapture() override { std::cout.rdbuf(before_); }
+  StdoutCapture(const StdoutCapture&) = delete;
+  StdoutCapture& operator=(const StdoutCapture&) = delete;
+
+  /// What was written since the last call.
+  std::string Take() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    std::string text;
+    text.swap(text_);
+    return text;
+  }
+
+ private:
+  int_type overflow(int_type character) override {
+    const char text = traits_type::to_char_type(character);
+    xsputn(&text, 1);
+    return character;
+  }
+
+  std::streamsize xsputn(const char* text, std::streamsize count) override {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    text_.append(text, static_cast<std::size_t>(count));
+    return count;
+  }
+
+  std::mutex mutex_;
+  std::string text_;
+  std::streambuf* const before_;
+};
+
+}  // namespace ara::per::testing
+
+#endif  // TESTS_SUPPORT_STDOUT_CAPTURE_H_
