@@ -461,7 +461,9 @@ int JsonParser::SwitchTypeInner(std::string& typeName) {
 bool JsonParser::writeKvsJson(const std::list<std::shared_ptr<KvsType>>& items) {
   const std::unique_ptr<JsonArray> array(JsonArray::startArray());
   for (const std::shared_ptr<KvsType>& listed : items) {
-    const std::shared_ptr<KvsType> item = listed;  // lives through its writing, also when removed
+    // Lives through its writing, also when it is removed meanwhile.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const std::shared_ptr<KvsType> item = listed;
     const std::unique_ptr<JsonObject> object(JsonObject::StartObject());
     if (writeKvsJsonInner(object.get(), item.get())) {
       array->addObjectToArray(object.get());

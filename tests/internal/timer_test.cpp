@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <ctime>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -128,6 +129,17 @@ TEST_F(TimerTest, StopOrEndOfATimerSilencesItsThreadsEvenIfAnotherIsArmed) {
   other_.setTimeout(Call<'b'>, &otherEvent_, kLater);
   EXPECT_EQ(otherEvent_.Functions(), "b");
   EXPECT_EQ(event_.Functions(0) + gone.Functions(0), "");
+}
+
+TEST_F(TimerTest, DataIsCalledWithAsLongAsItsOwnerLives) {
+  auto owner = std::make_shared<int>();
+  timer_.setTimeout(Call<'a'>, &otherEvent_, 0, owner);
+  EXPECT_EQ(otherEvent_.Functions(), "a");
+  timer_.setTimeout(Call<'a'>, &event_, kShort, owner);
+  owner.reset();
+  other_.setTimeout(Call<'b'>, &otherEvent_, kLater);
+  EXPECT_EQ(otherEvent_.Functions(2), "ab");
+  EXPECT_EQ(event_.Functions(0), "");
 }
 
 TEST_F(TimerTest, StopOfOneTimerSilencesAnother) {
