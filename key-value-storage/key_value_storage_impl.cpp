@@ -135,15 +135,15 @@ KeyValueStorage::Impl::ItemList KeyValueStorage::Impl::getKVSItemsFromJson(
 }
 
 void KeyValueStorage::Impl::InitWithoutRedundancy() {
-  const ItemList items = getKVSItemsFromJson(database_);
-  if (items.empty()) {
+  kvs_items_in_add_order_ = getKVSItemsFromJson(database_);
+  if (kvs_items_in_add_order_.empty()) {
     log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
                    "KeyValueStorage::Impl::InitWithoutRedundancy the file is empty");
     return;
   }
-  for (const std::shared_ptr<KvsType>& item : items) {
-    append(item);
-    kvs_items_[item->GetKey()] = item;  // Intended: of two with one key the list keeps both
+  for (auto item = kvs_items_in_add_order_.begin(); item != kvs_items_in_add_order_.end(); ++item) {
+    static_cast<Item&>(**item).place = item;
+    kvs_items_[(*item)->GetKey()] = *item;  // Intended: of two with one key the list keeps both
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "KeyValueStorage::Impl::InitWithoutRedundancy end database_=%s",
