@@ -1,6 +1,7 @@
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
-#include <mutex>
+#include <map>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -11,40 +12,28 @@
 
 #include "ara/log/logging.h"
 #include "ara/log/sink.h"
+#include "tests/support/log_capture.h"
 
-namespace ara {
-namespace log {
+namespace ara::log {
 namespace {
+
+using ::testing::ExitedWithCode;
 
 constexpr LogStream (Logger::*kStarts[])() const = {&Logger::LogFatal, &Logger::LogError,
                                                     &Logger::LogWarn,  &Logger::LogInfo,
                                                     &Logger::LogDebug, &Logger::LogVerbose};
 
-/// Shows everything, in a list of "<level> <context> <line>".
 class LogTest : public ::testing::Test {
  protected:
-  using Lines = std::vector<std::string>;
-
-  LogTest() {
-    SetThreshold(LogLevel::kVerbose);
-    SetSink([this](LogLevel level, std::string_view context, std::string_view line) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      lines_.push_back(std::to_string(static_cast<int>(level)) + " " + std::string(context) + " " +
-                       std::string(line));
-    });
+  /// The lines since the last call, each as "<level> <line>", with " / " between two.
+  std::string Take() {
+    const std::string joined = capture_.Joined();
+    capture_.Clear();
+    return joined;
   }
 
-  ~LogTest() override {
-    SetSink({});
-    SetThreshold(before_);
-  }
-
-  Lines TakeLines() { return std::exchange(lines_, {}); }
-
-  const LogLevel before_ = GetThreshold();
+  ara::per::testing::LogCapture capture_;
   Logger& logger_ = CreateLogger("TEST", "of the tests", LogLevel::kVerbose);
-  std::mutex mutex_;
-  Lines lines_;
 };
 
 TEST_F(LogTest, LineIsShownUpToTheLowerOfThresholdAndLoggerLevel) {
@@ -53,137 +42,96 @@ TEST_F(LogTest, LineIsShownUpToTheLowerOfThresholdAndLoggerLevel) {
       SCOPED_TRACE(std::to_string(threshold) + " " + std::to_string(own));
       SetThreshold(static_cast<LogLevel>(threshold));
       Logger& logger = CreateLogger("CTX", "", static_cast<LogLevel>(own));
-      Lines expected;
-      for (int level = 1; level <= 6; ++level) {
-        (logger.*kStarts[level - 1])() << "text";
-        if (level <= threshold && level <= own) {
-          expected.push_back(std::to_string(level) + " CTX text");
-        }
-      }
-      EXPECT_EQ(TakeLines(), expected);
+      for (const auto start : kStarts) (logger.*start)() << "x";
+      const std::string all = "1 x / 2 x / 3 x / 4 x / 5 x / 6 x";
+      const int shown = std::min(threshold, own);
+      EXPECT_EQ(Take(), shown == 0 ? "" : all.substr(0, all.find(std::to_string(shown)) + 3));
     }
   }
 }
 
-TEST_F(LogTest, LineGoesOutAtFlushAndTheRestAtTheEndOfTheStream) {
-  {
-    LogStream stream = logger_.LogWarn();
-    stream << "one " << nullptr << "line";
-    EXPECT_EQ(TakeLines(), Lines{});
-    stream.Flush().Flush();
-    EXPECT_EQ(TakeLines(), Lines{"3 TEST one line"});
-    stream << "rest";
-  }
-  EXPECT_EQ(TakeLines(), Lines{"3 TEST rest"});
-  logger_.LogWarn();
-  EXPECT_EQ(TakeLines(), Lines{});
-}
-
-TEST_F(LogTest, MovedStreamCarriesItsLineOnce) {
+TEST_F(LogTest, StreamSendsItsLineAtFlushAndItsRestOnceAtItsEnd) {
   {
     LogStream source = logger_.LogInfo();
-    source << "first";
+    source << "one " << nullptr << "line";
+    EXPECT_EQ(Take(), "");
+    source.Flush().Flush();
+    EXPECT_EQ(Take(), "4 one line");
+    source << "rest";
     LogStream target = logger_.LogError();
-    target << "second";
+    target << "overwritten";
     target = std::move(source);
-    EXPECT_EQ(TakeLines(), Lines{"2 TEST second"});
+    EXPECT_EQ(Take(), "2 overwritten");
     LogStream last(std::move(target));
     target << "lost";
-    last << " line";
+    last << " moved";
   }
-  EXPECT_EQ(TakeLines(), Lines{"4 TEST first line"});
+  EXPECT_EQ(Take(), "4 rest moved");
 }
 
-TEST_F(LogTest, LineLoggedInsideTheSinkGoesToStandardError) {
-  SetSink([this](LogLevel, std::string_view, std::string_view line) {
-    lines_.emplace_back(line);
+TEST_F(LogTest, StandardErrorTakesLinesFromInsideTheSinkAndThoseWithoutOne) {
+  std::string taken;
+  SetSink([&](LogLevel level, std::string_view context, std::string_view line) {
+    taken.append(std::to_string(static_cast<int>(level))).append(context).append(line);
     logger_.LogFatal() << "inner";
-    SetThreshold(LogLevel::kVerbose);
   });
   ::testing::internal::CaptureStderr();
   logger_.LogError() << "one";
-  logger_.LogError() << "two";
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "[TEST][FATAL] inner\n[TEST][FATAL] inner\n");
-  EXPECT_EQ(TakeLines(), (Lines{"one", "two"}));
-}
-
-TEST_F(LogTest, EmptySinkRestoresStandardError) {
+  logger_.LogWarn() << "two";
   SetSink({});
-  ::testing::internal::CaptureStderr();
-  ::testing::internal::CaptureStdout();
   for (const auto start : kStarts) (logger_.*start)() << "text";
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "[TEST][FATAL] inner\n[TEST][FATAL] inner\n"
             "[TEST][FATAL] text\n[TEST][ERROR] text\n[TEST][WARN] text\n"
             "[TEST][INFO] text\n[TEST][DEBUG] text\n[TEST][VERBOSE] text\n");
-  EXPECT_EQ(TakeLines(), Lines{});
+  EXPECT_EQ(taken, "2TESTone3TESTtwo");
 }
 
 TEST_F(LogTest, LinesOfSeveralThreadsStayWhole) {
   SetSink({});
-  constexpr std::size_t kThreads = 4;
-  constexpr std::size_t kLinesEach = 500;
   ::testing::internal::CaptureStderr();
   std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < kThreads; ++i) {
-    threads.emplace_back([i] {
-      const std::string context(1, static_cast<char>('a' + i));
-      const std::string text(300, context.front());
-      Logger& logger = CreateLogger(context, "", LogLevel::kVerbose);
-      for (std::size_t n = 0; n < kLinesEach; ++n) logger.LogInfo() << text.c_str() << text.c_str();
+  for (const char letter : {'a', 'b', 'c', 'd'}) {
+    threads.emplace_back([this, text = std::string(300, letter)] {
+      for (int n = 0; n < 500; ++n) logger_.LogInfo() << text.c_str() << text.c_str();
     });
   }
   for (std::thread& thread : threads) thread.join();
-
   std::istringstream output(::testing::internal::GetCapturedStderr());
-  std::size_t whole = 0;
-  for (std::string line; std::getline(output, line); ++whole) {
-    const std::string letters(600, line.size() > 1 ? line[1] : '?');
-    ASSERT_EQ(line, "[" + letters.substr(0, 1) + "][INFO] " + letters);
+  std::map<std::string, int> counts;
+  for (std::string line; std::getline(output, line);) ++counts[line];
+  ASSERT_EQ(counts.size(), 4U);
+  for (const auto& [line, count] : counts) {
+    EXPECT_EQ(line, "[TEST][INFO] " + std::string(600, line.back()));
+    EXPECT_EQ(count, 500);
   }
-  EXPECT_EQ(whole, kThreads * kLinesEach);
 }
 
 // The variable is read once, so every row runs in a process of its own.
 TEST(LogDeathTest, EnvironmentGivesTheThresholdAtStart) {
-  const struct {
-    const char* text;  // null: not set
-    int threshold;
-  } kCases[] = {
-      {nullptr, 2}, {"", 2},     {"0", 0},     {"1", 1},       {"6", 6},     {"7", 2},
-      {"-1", 2},    {"03", 2},   {"3 ", 2},    {"off", 0},     {"FATAL", 1}, {"Error", 2},
-      {"warn", 3},  {"INFO", 4}, {"debug", 5}, {"Verbose", 6}, {"verb", 2},  {"loud", 2},
+  const std::pair<const char*, int> kCases[] = {
+      {"", 2},     {"0", 0},     {"1", 1},       {"6", 6},     {"7", 2},     {"-1", 2},
+      {"03", 2},   {"3 ", 2},    {"off", 0},     {"FATAL", 1}, {"Error", 2}, {"warn", 3},
+      {"INFO", 4}, {"debug", 5}, {"Verbose", 6}, {"verb", 2},  {nullptr, 2},
   };
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.text == nullptr ? "not set" : c.text);
-    if (c.text == nullptr) {
-      ::unsetenv("ARA_LOG_LEVEL");
-    } else {
-      ::setenv("ARA_LOG_LEVEL", c.text, 1);
-    }
-    EXPECT_EXIT(std::_Exit(static_cast<int>(GetThreshold())),
-                ::testing::ExitedWithCode(c.threshold), "");
+  for (const auto& [text, threshold] : kCases) {
+    SCOPED_TRACE(text == nullptr ? "not set" : text);
+    ::setenv("ARA_LOG_LEVEL", text == nullptr ? "" : text, 1);
+    if (text == nullptr) ::unsetenv("ARA_LOG_LEVEL");
+    EXPECT_EXIT(std::_Exit(static_cast<int>(GetThreshold())), ExitedWithCode(threshold), "");
   }
-  ::unsetenv("ARA_LOG_LEVEL");
 }
-
-struct LogsAtItsEnd {
-  ~LogsAtItsEnd() { CreateLogger("LATE", "", LogLevel::kFatal).LogFatal() << "unloading"; }
-};
 
 TEST(LogDeathTest, LinesStillGoOutWhileTheProcessEnds) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const auto run = [] {
-    static const LogsAtItsEnd object;
-    SetSink([](LogLevel, std::string_view context, std::string_view line) {
-      std::cerr << context << " " << line << std::endl;
-    });
+  const auto end = [] {
+    std::atexit([] { CreateLogger("LATE", "", LogLevel::kFatal).LogFatal() << "unloading"; });
+    SetSink([](auto, auto context, auto line) { std::cerr << context << " " << line << '\n'; });
     std::exit(0);
   };
-  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "LATE unloading\n");
+  EXPECT_EXIT(end(), ExitedWithCode(0), "LATE unloading\n");
 }
 
 }  // namespace
-}  // namespace log
-}  // namespace ara
+}  // namespace ara::log
