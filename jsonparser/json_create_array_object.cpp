@@ -37,7 +37,7 @@ bool JsonArray::addStringToArray(std::string value) {
 
 bool JsonArray::addObjectToArray(JsonObject* object) {
   if (object == nullptr) {
-    m_log->logPrint(LogLevel::kError, ARA_PER_HERE, " the object is invalid");
+    m_log->logPrint(LogLevel::kError, ARA_PER_LINE(" the object is invalid"));
     return false;
   }
   return addElement(std::string_view(object->m_text));
@@ -45,7 +45,7 @@ bool JsonArray::addObjectToArray(JsonObject* object) {
 
 bool JsonArray::addArrayToArray(JsonArray* array) {
   if (array == nullptr) {
-    m_log->logPrint(LogLevel::kError, ARA_PER_HERE, " the array object is invalid");
+    m_log->logPrint(LogLevel::kError, ARA_PER_LINE(" the array object is invalid"));
     return false;
   }
   if (array == this) {

@@ -204,7 +204,7 @@ std::list<std::unique_ptr<KvsType>> JsonParser::parseKvsJson() {
     return items;
   }
   if (!parseJsonArrayObject(array, handler, false)) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseJsonArrayObject");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("parseJsonArrayObject"));
     items.clear();
   }
   return items;
@@ -225,17 +225,17 @@ std::unique_ptr<KvsType> JsonParser::parseKvsTypeFromString(const std::string& t
   CObject* const root = document.root();
   JsonReadHandler handler(*this, items);
   if (root == nullptr || root->getType() != kJsonArray) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "the Kvs format error");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("the Kvs format error"));
     return nullptr;
   }
   bool ok = true;
   const CObjectArray array = root->toArray(&ok);
   if (!ok) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parse Array error");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("parse Array error"));
     return nullptr;
   }
   if (!parseJsonArrayObject(array, handler, initMode)) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseJsonArrayObject error");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("parseJsonArrayObject error"));
     return nullptr;
   }
   return items.empty() ? nullptr : std::move(items.front());
@@ -272,7 +272,7 @@ bool JsonParser::parseJsonArrayObject(const CObjectArray& items, JsonReadHandler
                     valueObject.getType(), typeName.c_str());
     if (SwitchTypeInner(typeName) == kJsonObject) {
       if (!parseArrayObj(handler, valueObject, initMode)) {
-        m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseArrayObj error");
+        m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("parseArrayObj error"));
         return false;
       }
     } else if (valueObject.getType() == kJsonArray) {
@@ -381,14 +381,14 @@ bool JsonParser::parseNestedItem(const CObject& item, const CObject& inner, std:
   result.SetKey(keyObject.toString(nullptr));
   // Intended: below the first level a bad item ends its own list alone.
   if (!parseArrayObjInner(inner, result, initMode) && isFirstLevel) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseArrayObjInner error");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("parseArrayObjInner error"));
     return false;
   }
   return true;
 }
 
 KvsType JsonParser::parseArrayValueInner(const CObject& item, bool initMode) {
-  m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "parseArrayValueInner enter");
+  m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("parseArrayValueInner enter"));
   const CObject valueObject = item[ValueName(initMode)];
   const CObjectArray array = valueObject.toArray(nullptr);
   if (array.countObject() == 0) {
@@ -531,7 +531,7 @@ bool JsonParser::addNestedItems(JsonArray& array, KvsTypeInternalType& store, st
 
 bool JsonParser::writeSingleValueToObject(JsonObject* object, KvsType* value) {
   if (object == nullptr || value == nullptr) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "get jsonObject is error");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("get jsonObject is error"));
     return false;
   }
   if (!IsWritable(value->GetType())) {
@@ -549,7 +549,7 @@ bool JsonParser::writeSingleValueToObject(JsonObject* object, KvsType* value) {
 bool JsonParser::writeArrayToObject(JsonObject* object, KvsType* value) {
   const std::unique_ptr<JsonArray> array(JsonArray::startArray());
   if (object == nullptr || value == nullptr) {
-    m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "writeArrayToObject:startArray error");
+    m_log->logPrint(LogLevel::kDebug, ARA_PER_LINE("writeArrayToObject:startArray error"));
     return false;
   }
   const Type type = value->GetType();

@@ -21,8 +21,8 @@ JsonReadHandler::JsonReadHandler(const JsonParser& parser,
 JsonReadHandler::~JsonReadHandler() = default;
 
 bool JsonReadHandler::StartObject() {
-  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_HERE,
-                            "JsonReadHandler::StartObject is called.");
+  sReadHandlerLog->logPrint(LogLevel::kDebug,
+                            ARA_PER_LINE("JsonReadHandler::StartObject is called."));
   switch (m_state) {
     case State::kWaitItem:
       beginItem(false, __LINE__);
@@ -69,7 +69,7 @@ bool JsonReadHandler::Key(const char* name) {
     }
     takeTypeName(text);
   }
-  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "JsonReadHandler::Key end");
+  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_LINE("JsonReadHandler::Key end"));
   return true;
 }
 
@@ -85,7 +85,7 @@ void JsonReadHandler::takeTypeName(const std::string& name) {
 }
 
 bool JsonReadHandler::EndObject() {
-  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "JsonReadHandler::EndObject is called");
+  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_LINE("JsonReadHandler::EndObject is called"));
   switch (m_state) {
     case State::kInItem:
       return endItem();
@@ -124,8 +124,9 @@ bool JsonReadHandler::endItem() {
 }
 
 void JsonReadHandler::CompareCrcAndUpdateStatus(KvsType& item) {
-  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_HERE,
-                            "JsonReadHandler::CompareCrcAndUpdateStatus checksum is abled.");
+  sReadHandlerLog->logPrint(
+      LogLevel::kDebug,
+      ARA_PER_LINE("JsonReadHandler::CompareCrcAndUpdateStatus checksum is abled."));
   m_access->SetStatus(item, KvsType::Status::kSuccess);
 }
 
@@ -165,7 +166,7 @@ bool JsonReadHandler::String(const char* text) {
              type == KvsType::Type::kString || type == KvsType::Type::kBinary) {
     addValue(value);
   }
-  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "JsonReadHandler::String end.");
+  sReadHandlerLog->logPrint(LogLevel::kDebug, ARA_PER_LINE("JsonReadHandler::String end."));
   return true;
 }
 

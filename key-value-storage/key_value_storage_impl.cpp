@@ -85,7 +85,7 @@ KeyValueStorage::Impl::Impl(const std::string& database) : database_(database) {
   // Intended: no lock stands against this. Opening a database lets waiting writers go on, also
   // when an exception out of a save has left the lock held.
   mSyncLock.unlock();
-  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::Impl end");
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("KeyValueStorage::Impl::Impl end"));
 }
 
 KeyValueStorage::Impl::~Impl() = default;
@@ -98,7 +98,7 @@ std::string KeyValueStorage::Impl::getTheCurrentPath() {
 
 void KeyValueStorage::Impl::readConfiguration() {
   if (!Exists(config_path_)) {
-    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE, "config file is not exit");
+    log_->logPrint(LogLevel::kWarn, ARA_PER_LINE("config file is not exit"));
     config_ = DefaultConfig(kUpdateTimeWithoutFile);
     return;
   }
@@ -129,7 +129,7 @@ KeyValueStorage::Impl::ItemList KeyValueStorage::Impl::getKVSItemsFromJson(
                    path.c_str());
     return items;
   } catch (const std::exception&) {
-    log_->logPrint(LogLevel::kError, ARA_PER_HERE, "exception is happen");
+    log_->logPrint(LogLevel::kError, ARA_PER_LINE("exception is happen"));
     return {};
   }
 }
@@ -137,8 +137,8 @@ KeyValueStorage::Impl::ItemList KeyValueStorage::Impl::getKVSItemsFromJson(
 void KeyValueStorage::Impl::InitWithoutRedundancy() {
   kvs_items_in_add_order_ = getKVSItemsFromJson(database_);
   if (kvs_items_in_add_order_.empty()) {
-    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
-                   "KeyValueStorage::Impl::InitWithoutRedundancy the file is empty");
+    log_->logPrint(LogLevel::kWarn,
+                   ARA_PER_LINE("KeyValueStorage::Impl::InitWithoutRedundancy the file is empty"));
     return;
   }
   for (auto item = kvs_items_in_add_order_.begin(); item != kvs_items_in_add_order_.end(); ++item) {
@@ -153,8 +153,10 @@ void KeyValueStorage::Impl::InitWithoutRedundancy() {
 void KeyValueStorage::Impl::InitWithRedundancy() {
   in_redundancy_init_ = true;
   if (!Exists(kRedundantFile)) {
-    log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
-                   "KeyValueStorage::Impl::InitWithoutRedundancy redundant data file is not exit");
+    log_->logPrint(
+        LogLevel::kVerbose,
+        ARA_PER_LINE(
+            "KeyValueStorage::Impl::InitWithoutRedundancy redundant data file is not exit"));
     InitWithoutRedundancy();
     config_.isRedundancy = false;
     // Intended: in_redundancy_init_ stays set, so that setValue never arms the timer.
@@ -174,8 +176,9 @@ void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
   // fire as long as the reader marks no item.
   for (const std::shared_ptr<KvsType>& item : items) {
     if (witness == redundant_items.end()) {
-      log_->logPrint(LogLevel::kError, ARA_PER_HERE,
-                     "KeyValueStorage::Impl::InitWithRedundancy redundant_items is null");
+      log_->logPrint(
+          LogLevel::kError,
+          ARA_PER_LINE("KeyValueStorage::Impl::InitWithRedundancy redundant_items is null"));
       return;
     }
     const KvsType& redundant = **witness;
@@ -186,8 +189,8 @@ void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
     if (redundantIsGood ? itemIsGood && key == redundant.GetKey() : kvs_items_.count(key) != 0) {
       setValue(key, *item);
     }
-    log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
-                   "KeyValueStorage::Impl::InitWithRedundancy set value3");
+    log_->logPrint(LogLevel::kVerbose,
+                   ARA_PER_LINE("KeyValueStorage::Impl::InitWithRedundancy set value3"));
   }
 }
 
@@ -209,7 +212,7 @@ std::vector<std::string> KeyValueStorage::Impl::getAllKeys() const {
     keys.push_back(item->GetKey());
   }
   // Intended: the text names another function.
-  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::syncToLocalStorage end");
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("KeyValueStorage::Impl::syncToLocalStorage end"));
   return keys;
 }
 
@@ -228,7 +231,7 @@ const KvsType& KeyValueStorage::Impl::readValue(const std::string& key) const {
   if (entry == kvs_items_.end()) {
     return missing_;  // Intended: its status is kSuccess
   }
-  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::getValue find");
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("KeyValueStorage::Impl::getValue find"));
   return *entry->second;
 }
 
@@ -253,8 +256,8 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
     item = std::forward<Value>(value);
     item.SetKey(key);
   } else {
-    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
-                   "KeyValueStorage::Impl::setValue not find the key");
+    log_->logPrint(LogLevel::kWarn,
+                   ARA_PER_LINE("KeyValueStorage::Impl::setValue not find the key"));
     const auto item = std::make_shared<Item>(std::forward<Value>(value));
     item->SetKey(key);
     append(item);  // first, so that an item of the map always has its place in the list
@@ -267,15 +270,15 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
 
 void KeyValueStorage::Impl::removeKey(const std::string& key) {
   // Intended: the text has no place for the key.
-  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::removeKey key: ");
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("KeyValueStorage::Impl::removeKey key: "));
   const auto entry = kvs_items_.find(key);
   if (entry != kvs_items_.end()) {
     db_changed_ = true;
     kvs_items_in_add_order_.erase(static_cast<const Item&>(*entry->second).place);
     kvs_items_.erase(entry);
   } else {
-    log_->logPrint(LogLevel::kWarn, ARA_PER_HERE,
-                   "KeyValueStorage::Impl::removeKey not find the key");
+    log_->logPrint(LogLevel::kWarn,
+                   ARA_PER_LINE("KeyValueStorage::Impl::removeKey not find the key"));
   }
   armTimer();  // Intended: also when nothing was removed
 }
@@ -334,8 +337,8 @@ void KeyValueStorage::Impl::syncToLocalStorage() {
   isTimer = false;
   timer_.stop();
   if (sizeLimitReached()) {
-    log_->logPrint(LogLevel::kError, ARA_PER_HERE,
-                   "the file is max size, it can not to storage the data.");
+    log_->logPrint(LogLevel::kError,
+                   ARA_PER_LINE("the file is max size, it can not to storage the data."));
     mSyncLock.unlock();
     return;
   }
@@ -344,7 +347,7 @@ void KeyValueStorage::Impl::syncToLocalStorage() {
   JsonParser parser(database_);
   parser.writeKvsJson(kvs_items_in_add_order_);
   mSyncLock.unlock();
-  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::syncToLocalStorage end");
+  log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("KeyValueStorage::Impl::syncToLocalStorage end"));
 }
 
 }  // namespace ara::per

@@ -193,10 +193,10 @@ template <class T>
 constexpr bool kIsVector<std::vector<T>> = true;
 
 /// Logs the end of an operation, for the types that tell it.
-template <std::size_t kSize>
-void LogEnd(const char (&text)[kSize]) {
-  if constexpr (kSize > 1) {
-    sStandTypeLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "%s", text);
+template <bool kIsTold>
+void LogEnd(const LogPlace& line) {
+  if constexpr (kIsTold) {
+    sStandTypeLog->logPrint(LogLevel::kDebug, line);
   }
 }
 
@@ -225,7 +225,7 @@ Status KeyValueStorage::GetValue(const std::string& key, T& value) const {
       return Status::kGeneralError;
     }
   }
-  LogEnd(Texts<T>::kGetEnd);
+  LogEnd<Texts<T>::kTellsGetEnd>(Texts<T>::kGetEnd);
   return ConvertKvsTypeStatus(status);
 }
 
@@ -244,7 +244,7 @@ Status KeyValueStorage::SetValue(const std::string& key, const T& value) {
                             Loggable(value));
   }
   storage.setValue(key, Encode(value));
-  LogEnd(Texts<T>::kSetEnd);
+  LogEnd<Texts<T>::kTellsSetEnd>(Texts<T>::kSetEnd);
   return Status::kSuccess;
 }
 
@@ -257,9 +257,11 @@ Status KeyValueStorage::SetValue(const std::string& key, const T& value) {
   template <>                                                                       \
   struct Texts<TYPE> {                                                              \
     static constexpr char kSet[] = SET;                                             \
-    static constexpr char kSetEnd[] = SET_END;                                      \
+    static constexpr bool kTellsSetEnd = sizeof SET_END > 1;                        \
+    static constexpr LogPlace kSetEnd = ARA_PER_LINE(SET_END);                      \
     static constexpr char kGet[] = GET;                                             \
-    static constexpr char kGetEnd[] = GET_END;                                      \
+    static constexpr bool kTellsGetEnd = sizeof GET_END > 1;                        \
+    static constexpr LogPlace kGetEnd = ARA_PER_LINE(GET_END);                      \
   };                                                                                \
   }                                                                                 \
   template Status KeyValueStorage::GetValue<TYPE>(const std::string&, TYPE&) const; \

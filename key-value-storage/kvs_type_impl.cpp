@@ -201,12 +201,12 @@ void KvsType::Impl::beginArrayItem() {
 }
 
 void KvsType::Impl::addPlainItem(long item) {
-  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type is int");
+  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_LINE("addArrayItem type is int"));
   internal_value_.Add(item);
 }
 
 void KvsType::Impl::addPlainItem(unsigned long item) {
-  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type is uint");
+  sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_LINE("addArrayItem type is uint"));
   internal_value_.Add(item);
 }
 

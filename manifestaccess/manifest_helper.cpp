@@ -39,8 +39,8 @@ bool ManifestHelper::initInfo(std::string path, ConfigKind kind) {
     return false;
   }
   if (!document.parse(path)) {
-    m_log->logPrint(LogLevel::kError, ARA_PER_HERE,
-                    "ManifestHelper::initInfo file is can not be parsed.");
+    m_log->logPrint(LogLevel::kError,
+                    ARA_PER_LINE("ManifestHelper::initInfo file is can not be parsed."));
     return true;  // Intended: counts as read
   }
   CObject missing;
@@ -67,8 +67,8 @@ bool ManifestHelper::initInfo(std::string path, ConfigKind kind) {
 
 bool ManifestHelper::parseDbConfigInfo(CObject* obj) {
   if (obj == nullptr) {
-    m_log->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
-                    "ManifestHelper::parseDbConfigInfo obj is null.");
+    m_log->logPrint(LogLevel::kVerbose,
+                    ARA_PER_LINE("ManifestHelper::parseDbConfigInfo obj is null."));
     return false;
   }
   const CObject isRedundancy = (*obj)["isRedundancy"];
@@ -155,7 +155,7 @@ bool ManifestHelper::saveConfigInfo(std::string path, unsigned int checksum) {
 
 bool ManifestHelper::getDatabaseConfig(DatabaseConfig& config) {
   config = m_DbConfig;
-  m_log->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ManifestHelper::getDatabaseConfig end.");
+  m_log->logPrint(LogLevel::kVerbose, ARA_PER_LINE("ManifestHelper::getDatabaseConfig end."));
   return true;
 }
 
@@ -171,7 +171,7 @@ bool ManifestHelper::getFileProxy(FileProxy& fileProxy) {
 bool ManifestHelper::getKeyValuePair(DatabaseInfo& database) {
   if (isExitDb) {
     database = m_DbInfo;
-    m_log->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ManifestHelper::getKeyValuePair end.");
+    m_log->logPrint(LogLevel::kVerbose, ARA_PER_LINE("ManifestHelper::getKeyValuePair end."));
   }
   return isExitDb;
 }

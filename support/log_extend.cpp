@@ -191,6 +191,8 @@ void LogExtend::logPrint(LogLevel level, const LogPlace& place, const char* form
   emit(level, buffer.text());
 }
 
+void LogExtend::logPrint(LogLevel level, const LogPlace& line) { emit(level, line.text); }
+
 void LogExtend::emit(LogLevel level, const char* line) {
   if (mLogModule == nullptr) {
     return;

@@ -6,8 +6,10 @@
 #define ARA_PER_TEXT_OF(token) #token
 #define ARA_PER_LINE_TEXT(line) ARA_PER_TEXT_OF(line)
 
-/// The `LogPlace` of the line where it stands.
+/// The place where it stands, or a whole line from there that has no conversions.
 #define ARA_PER_HERE \
   ::ara::per::LogPlace { "[" __FILE__ "][" ARA_PER_LINE_TEXT(__LINE__) "]" }
+#define ARA_PER_LINE(message) \
+  ::ara::per::LogPlace { "[" __FILE__ "][" ARA_PER_LINE_TEXT(__LINE__) "]" message }
 
 #endif  // SUPPORT_LOG_HERE_H_

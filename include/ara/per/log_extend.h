@@ -9,8 +9,8 @@
 
 namespace ara::per {
 
-/// The place a log line comes from, already composed as the text "[file][line]". It is made from
-/// a literal, so that the prefix of a line costs nothing at run time.
+/// The place a log line comes from, already composed as the text "[file][line]", or a whole line.
+/// It is made from a literal, so that it costs nothing at run time.
 class LogPlace {
  public:
   template <std::size_t kSize>
@@ -67,7 +67,10 @@ class ARA_PER_EXPORT LogExtend {
   void logPrint(ara::log::LogLevel level, std::string file, int line, const char* format, ...)
       __attribute__((format(printf, 5, 6)));
 
-  /// The same line from a place that was composed beforehand.
+  /// Prints a line that was composed as a whole beforehand, message and all.
+  void logPrint(ara::log::LogLevel level, const LogPlace& line);
+
+  /// The line of the first form from a place that was composed beforehand.
   void logPrint(ara::log::LogLevel level, const LogPlace& place, const char* format, ...)
       __attribute__((format(printf, 4, 5)));
 
