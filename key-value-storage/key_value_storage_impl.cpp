@@ -1,10 +1,14 @@
 #include "key-value-storage/key_value_storage_impl.h"
 
+#include <endian.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <iterator>
@@ -60,6 +64,23 @@ class SyncLock {
 SyncLock mSyncLock;
 
 }  // namespace
+
+inline bool KeyValueStorage::Impl::KeyLess::operator()(const std::string& left,
+                                                       const std::string& right) const {
+  const std::size_t common = std::min(left.size(), right.size());
+  std::size_t i = 0;
+  for (; i + sizeof(std::uint64_t) <= common; i += sizeof(std::uint64_t)) {
+    std::uint64_t leftBytes = 0;
+    std::uint64_t rightBytes = 0;
+    std::memcpy(&leftBytes, left.data() + i, sizeof leftBytes);
+    std::memcpy(&rightBytes, right.data() + i, sizeof rightBytes);
+    if (leftBytes != rightBytes) {
+      return be64toh(leftBytes) < be64toh(rightBytes);
+    }
+  }
+  const int rest = std::memcmp(left.data() + i, right.data() + i, common - i);
+  return rest != 0 ? rest < 0 : left.size() < right.size();
+}
 
 struct KeyValueStorage::Impl::Item : KvsType {
   explicit Item(const KvsType& value) : KvsType(value) {}

@@ -55,6 +55,12 @@ class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorag
  private:
   using ItemList = std::list<std::shared_ptr<KvsType>>;
 
+  /// The order of `std::string`, eight bytes at a time: most of a search is comparing keys that
+  /// begin alike.
+  struct KeyLess {
+    bool operator()(const std::string& left, const std::string& right) const;
+  };
+
   /// What the shared pointers of the list and the map really point to, so that removing a key need
   /// not search the list.
   struct Item;
@@ -81,7 +87,7 @@ class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorag
   std::string config_path_;
   LogExtend* log_ = nullptr;
   ItemList kvs_items_in_add_order_;
-  std::map<std::string, std::shared_ptr<KvsType>> kvs_items_;
+  std::map<std::string, std::shared_ptr<KvsType>, KeyLess> kvs_items_;
 
   const KvsType missing_;            // what a missing key reads as
   std::atomic<bool> ended_ = false;  // a delayed write that has not begun is no longer wanted
