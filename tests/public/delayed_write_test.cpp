@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <ctime>
 #include <filesystem>
+#include <future>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -12,6 +14,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ara/log/sink.h"
 #include "ara/per/key_value_storage.h"
 #include "tests/support/database_test.h"
 
@@ -82,7 +85,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
-using ::testing::IsEmpty;
 
 constexpr char kOneItem[] = R"([{"key":"a","type":"sint32","value":1}])";
 constexpr char kCalled[] = "timer is called\n";
@@ -149,44 +151,34 @@ class DelayedWriteTest : public DatabaseTest {
 };
 
 TEST_F(DelayedWriteTest, DelayComesFromTheConfigurationFile) {
-  struct Case {
-    const char* name;
-    const char* config;  // null: no file
-    std::vector<long> delays;
+  const std::vector<std::pair<const char*, std::vector<long>>> cases = {
+      {"", {60000}},  // no file
+      {R"({"DataConfig":{"updateTime":7}})", {6000}},
+      {R"({"dataConfig":{"isRedundancy":false}})", {6000}},
+      {"{", {}},
+      {R"({"DataConfig":{"isRedundancy":false,"updateTime":1500}})", {1500}},
+      {R"({"DataConfig":{"isRedundancy":false,"updateTime":0}})", {}},
   };
-  const std::vector<Case> cases = {
-      {"no file", nullptr, {60000}},
-      {"without isRedundancy", R"({"DataConfig":{"updateTime":7}})", {6000}},
-      {"without DataConfig", R"({"dataConfig":{"isRedundancy":false}})", {6000}},
-      {"no json", "{", {}},
-      {"1500", R"({"DataConfig":{"isRedundancy":false,"updateTime":1500}})", {1500}},
-      {"text as isRedundancy", R"({"DataConfig":{"isRedundancy":"no","updateTime":7}})", {7}},
-      {"without updateTime", R"({"DataConfig":{"isRedundancy":false,"maxSize":9}})", {}},
-      {"0", R"({"DataConfig":{"isRedundancy":false,"updateTime":0}})", {}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    std::filesystem::remove("PersistencyConfig.json");
-    if (c.config != nullptr) {
-      WriteFile("PersistencyConfig.json", c.config);
+  for (const auto& [config, delays] : cases) {
+    SCOPED_TRACE(config);
+    WriteFile("PersistencyConfig.json", config);
+    if (*config == '\0') {
+      std::filesystem::remove("PersistencyConfig.json");
     }
     Restart();
     KeyValueStorage database("db");
     WriteConfig(false, 0, 9999);  // read when a database is opened, and never again
     EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
-    EXPECT_EQ(Armed(c.delays.size()), c.delays);
-    EXPECT_THAT(Change(database), EndsWith(c.delays.empty() ? "isTimer=0" : "isTimer=1"));
+    EXPECT_EQ(Armed(delays.size()), delays);
+    EXPECT_THAT(Change(database), EndsWith(delays.empty() ? "isTimer=0" : "isTimer=1"));
   }
 }
 
 TEST_F(DelayedWriteTest, WorkingDirectoryOf200BytesHoldsNoConfiguration) {
-  const std::size_t length = std::filesystem::current_path().string().size();
   for (const std::size_t target : {199U, 200U}) {
-    SCOPED_TRACE(target);
-    const std::filesystem::path directory =
-        dir_.Path() / std::string(target - length - 1, target == 199 ? 'a' : 'b');
-    std::filesystem::create_directory(directory);
-    std::filesystem::current_path(directory);
+    const std::string begin = dir_.Path().string() + "/";
+    std::filesystem::create_directory(begin + std::string(target - begin.size(), 'd'));
+    std::filesystem::current_path(begin + std::string(target - begin.size(), 'd'));
     WriteConfig(false, 0, 7);
     log_.Clear();
     const KeyValueStorage database("db");
@@ -213,34 +205,6 @@ TEST_F(DelayedWriteTest, BurstIsWrittenOnceWhenItsDelayEnds) {
   EXPECT_THAT(Armed(2), ElementsAre(50, 50));
 }
 
-TEST_F(DelayedWriteTest, DelayOfTheConfigurationReallyPasses) {
-  delays_.Hold(false);
-  KeyValueStorage database("db");
-  database.SetValue<int>("a", 1);
-  EXPECT_TRUE(
-      WaitUntil([this] { return log_.Has(6, "KeyValueStorage::Impl::syncToLocalStorage end"); }));
-  EXPECT_EQ(ReadFile("db"), kOneItem);
-}
-
-TEST_F(DelayedWriteTest, ChangesAndAttemptsAtThemArm) {
-  const std::vector<std::pair<const char*, void (*)(KeyValueStorage&)>> operations = {
-      {"set", [](KeyValueStorage& d) { d.SetValue<int>("a", 2); }},
-      {"remove", [](KeyValueStorage& d) { d.RemoveKey("a"); }},
-      {"remove a missing one", [](KeyValueStorage& d) { d.RemoveKey("b"); }},
-      {"remove all", [](KeyValueStorage& d) { d.RemoveAllKeys(); }},
-  };
-  WriteFile("db", kOneItem);
-  for (const auto& [name, operation] : operations) {
-    SCOPED_TRACE(name);
-    Restart();
-    KeyValueStorage database("db");
-    EXPECT_THAT(Armed(0), IsEmpty());
-    operation(database);
-    operation(database);
-    EXPECT_THAT(Armed(1), ElementsAre(50));
-  }
-}
-
 TEST_F(DelayedWriteTest, CallThatFindsNoChangeLeavesTheDatabaseDisarmedForLong) {
   KeyValueStorage database("db");
   database.RemoveKey("a");
@@ -250,25 +214,13 @@ TEST_F(DelayedWriteTest, CallThatFindsNoChangeLeavesTheDatabaseDisarmedForLong) 
   EXPECT_FALSE(std::filesystem::exists("db"));
   database.SyncToStorage();  // nothing changed: leaves the flag, too
   EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
-  database.RemoveAllKeys();
   EXPECT_THAT(Armed(1), ElementsAre(50));
+  database.SyncToStorage();
+  database.RemoveAllKeys();
+  EXPECT_THAT(Armed(2), ElementsAre(50, 50));
   database.SyncToStorage();
   EXPECT_EQ(ReadFile("db"), "[]");
   EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
-  EXPECT_THAT(Armed(2), ElementsAre(50, 50));
-}
-
-TEST_F(DelayedWriteTest, ChangeAfterASyncRevivesTheOlderDelay) {
-  KeyValueStorage database("db");
-  database.SetValue<int>("a", 2);
-  Armed(1);
-  database.SyncToStorage();
-  Change(database);
-  Armed(2);
-  EndDelay();  // of the first change
-  EXPECT_EQ(ReadFile("db"), kOneItem);
-  EndDelay();
-  EXPECT_EQ(out_.Take(), kCalled);
 }
 
 TEST_F(DelayedWriteTest, SyncOrEndOfAnyDatabaseSilencesAllOthersForLong) {
@@ -311,11 +263,38 @@ TEST_F(DelayedWriteTest, OpeningMovingAndTheEndOfAShellSilenceNobody) {
 
 TEST_F(DelayedWriteTest, DelayedWriteOfADatabaseThatIsGoneDoesNotHappen) {
   KeyValueStorage database("db");
-  Change(database);
-  Armed(1);
+  database.SetValue<int>("a", 1);
+  EXPECT_THAT(Armed(1), ElementsAre(50));
   database = KeyValueStorage("other");
   EndDelay();
   EXPECT_EQ(out_.Take(), "");
+  EXPECT_FALSE(std::filesystem::exists("db"));
+}
+
+TEST_F(DelayedWriteTest, DelayedWriteThatWaitsForItsTurnGivesUpWhenItsDatabaseEnds) {
+  WriteConfig(false, 0, 0);
+  KeyValueStorage other("other");
+  other.SetValue<int>("a", 1);
+  WriteConfig(false, 0, 50);
+  auto database = CreateKeyValueStorage("db");
+  std::promise<void> saving;
+  std::promise<void> goOn;
+  ara::log::SetSink([&](ara::log::LogLevel, std::string_view, std::string_view line) {
+    if (line.find("syncToLocalStorage db_changed_ database_:other") != line.npos) {
+      saving.set_value();
+      goOn.get_future().wait();
+    }
+  });
+  const auto save = std::async(std::launch::async, [&] { other.SyncToStorage(); });
+  saving.get_future().wait();
+  database->SetValue<int>("a", 1);
+  delays_.EndOne();
+  std::string printed;
+  EXPECT_TRUE(WaitUntil([&] { return (printed += out_.Take()) == kCalled; }));
+  database.reset();
+  goOn.set_value();
+  EndAllDelays();
+  ara::log::SetSink({});
   EXPECT_FALSE(std::filesystem::exists("db"));
 }
 

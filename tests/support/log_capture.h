@@ -14,7 +14,8 @@
 
 namespace ara::per::testing {
 
-/// One captured line: its level and its text without the "[file][line]" in front, and the file.
+/// One captured line: its level and its text without the "[file][line]" in front, and the file,
+/// which does not count in a comparison.
 struct LogLine {
   int level;
   std::string text;
@@ -25,10 +26,6 @@ inline bool operator==(const LogLine& a, const LogLine& b) {
   return a.level == b.level && a.text == b.text;
 }
 
-inline void PrintTo(const LogLine& line, std::ostream* out) {
-  *out << line.level << " [" << line.file << "] " << line.text;
-}
-
 /// Captures every log line of the process, of all levels, while it lives. The lines are printed
 /// when the test has failed.
 class LogCapture {
@@ -36,8 +33,11 @@ class LogCapture {
   LogCapture() : threshold_(ara::log::GetThreshold()) {
     ara::log::SetThreshold(ara::log::LogLevel::kVerbose);
     ara::log::SetSink([this](ara::log::LogLevel level, std::string_view, std::string_view line) {
+      const std::size_t end = line.find("][");
+      const std::string file(line.substr(1, end - 1));
+      const std::string text(line.substr(line.find(']', end + 2) + 1));
       const std::lock_guard<std::mutex> guard(mutex_);
-      lines_.push_back(Split(static_cast<int>(level), line));
+      lines_.push_back({static_cast<int>(level), text, file});
     });
   }
 
@@ -45,28 +45,13 @@ class LogCapture {
     ara::log::SetSink({});
     ara::log::SetThreshold(threshold_);
     if (::testing::Test::HasFailure()) {
-      for (const LogLine& line : lines_) {
-        PrintTo(line, &std::cerr);
-        std::cerr << '\n';
-      }
+      std::cerr << Joined() << '\n';
     }
   }
-
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
 
   std::vector<LogLine> Lines() const {
     const std::lock_guard<std::mutex> guard(mutex_);
     return lines_;
-  }
-
-  /// The lines so far without their levels and files.
-  std::vector<std::string> Texts() const {
-    std::vector<std::string> texts;
-    for (const LogLine& line : Lines()) {
-      texts.push_back(line.text);
-    }
-    return texts;
   }
 
   /// The lines so far, each as "<level> <text>", with " / " between two.
@@ -80,8 +65,7 @@ class LogCapture {
 
   bool Has(int level, std::string_view text) const {
     const std::vector<LogLine> lines = Lines();
-    return std::find(lines.begin(), lines.end(), LogLine{level, std::string(text), ""}) !=
-           lines.end();
+    return std::count(lines.begin(), lines.end(), LogLine{level, std::string(text), ""}) != 0;
   }
 
   void Clear() {
@@ -90,16 +74,6 @@ class LogCapture {
   }
 
  private:
-  static LogLine Split(int level, std::string_view line) {
-    const std::size_t fileEnd = line.find("][");
-    const std::size_t prefixEnd = line.find(']', fileEnd + 2);
-    if (line.empty() || line.front() != '[' || prefixEnd == std::string_view::npos) {
-      return {level, std::string(line), ""};
-    }
-    return {level, std::string(line.substr(prefixEnd + 1)),
-            std::string(line.substr(1, fileEnd - 1))};
-  }
-
   mutable std::mutex mutex_;
   std::vector<LogLine> lines_;
   const ara::log::LogLevel threshold_;

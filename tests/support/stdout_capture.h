@@ -5,7 +5,7 @@
 #include <mutex>
 #include <streambuf>
 #include <string>
-#include <string_view>
+#include <utility>
 
 namespace ara::per::testing {
 
@@ -14,28 +14,18 @@ class StdoutCapture : private std::streambuf {
  public:
   StdoutCapture() : before_(std::cout.rdbuf(this)) {}
   ~StdoutCapture() override { std::cout.rdbuf(before_); }
-  StdoutCapture(const StdoutCapture&) = delete;
-  StdoutCapture& operator=(const StdoutCapture&) = delete;
 
   /// What was written since the last call.
   std::string Take() {
     const std::lock_guard<std::mutex> guard(mutex_);
-    std::string text;
-    text.swap(text_);
-    return text;
+    return std::exchange(text_, "");
   }
 
  private:
   int_type overflow(int_type character) override {
-    const char text = traits_type::to_char_type(character);
-    xsputn(&text, 1);
-    return character;
-  }
-
-  std::streamsize xsputn(const char* text, std::streamsize count) override {
     const std::lock_guard<std::mutex> guard(mutex_);
-    text_.append(text, static_cast<std::size_t>(count));
-    return count;
+    text_ += traits_type::to_char_type(character);
+    return character;
   }
 
   std::mutex mutex_;

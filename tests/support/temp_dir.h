@@ -34,8 +34,7 @@ class TempDir {
     std::error_code ignored;
     std::filesystem::current_path(before_, ignored);
     // A save of a new file leaves a command behind that may create it once more meanwhile.
-    for (int i = 0; i < 100 && std::filesystem::exists(path_, ignored); ++i) {
-      std::filesystem::remove_all(path_, ignored);
+    for (int i = 0; i < 100 && std::filesystem::remove_all(path_, ignored) != 0; ++i) {
     }
   }
 

@@ -12,6 +12,7 @@ namespace ara::per::testing {
 /// Texts stand in apostrophes, unsigned numbers end with "u", floating ones have six decimals, and
 /// a status other than `kSuccess` follows as "!3". For example `list:uint16=[1u,2u]`.
 inline std::string ValueText(const KvsType& value) {
+  using Kind = KvsTypeInternalType::Kind;
   InternalAccess access;
   KvsTypeInternalType store = access.GetInternalValue(value);
   store.resetGetter();
@@ -19,33 +20,18 @@ inline std::string ValueText(const KvsType& value) {
   for (std::size_t i = 0; i < store.GetSize(); ++i) {
     const KvsType item = store.GetKvsTypeNext();
     content += i == 0 ? "" : ",";
-    switch (store.GetType()) {
-      case KvsTypeInternalType::Kind::kDouble:
-        content += std::to_string(item.GetDouble());
-        break;
-      case KvsTypeInternalType::Kind::kInt:
-        content += std::to_string(item.GetSInt64());
-        break;
-      case KvsTypeInternalType::Kind::kUint:
-        content += std::to_string(item.GetUInt64()) + "u";
-        break;
-      case KvsTypeInternalType::Kind::kBool:
-        content += item.GetBool() ? "true" : "false";
-        break;
-      case KvsTypeInternalType::Kind::kString:
-        content += "'" + item.GetString() + "'";
-        break;
-      default:
-        content += ValueText(item);
-        break;
-    }
+    const Kind kind = store.GetType();
+    content += kind == Kind::kDouble   ? std::to_string(item.GetDouble())
+               : kind == Kind::kInt    ? std::to_string(item.GetSInt64())
+               : kind == Kind::kUint   ? std::to_string(item.GetUInt64()) + "u"
+               : kind == Kind::kBool   ? (item.GetBool() ? "true" : "false")
+               : kind == Kind::kString ? "'" + item.GetString() + "'"
+                                       : ValueText(item);
   }
-  if (store.GetParsedAsArray()) {
-    content = "[" + content + "]";
-  }
-  const bool isGood = value.GetStatus() == KvsType::Status::kSuccess;
+  content = store.GetParsedAsArray() ? "[" + content + "]" : content;
+  const int status = static_cast<int>(value.GetStatus());
   return value.GetKey() + ":" + access.getKvsTypeAsString(value, value.GetType()) + "=" + content +
-         (isGood ? "" : "!" + std::to_string(static_cast<int>(value.GetStatus())));
+         (status == 0 ? "" : "!" + std::to_string(status));
 }
 
 /// The texts of all values of a list of pointers, with a blank between two.
