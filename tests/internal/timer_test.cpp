@@ -1,167 +1,85 @@
+#include <poll.h>
+
 #include <atomic>
-#include <cerrno>
-#include <chrono>
-#include <condition_variable>
 #include <ctime>
-#include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
-#include <thread>
-#include <utility>
 
 #include <gtest/gtest.h>
 
 #include "support/timercpp.h"
+#include "tests/support/database_test.h"
 
-namespace {
-
-std::atomic<int> sleepsBegun = 0;
-
-// When set, a sleep is noted and fails: with a rest to sleep the first time, for good the second.
-std::atomic<bool> sleepsFail = false;
-std::string failedSleeps;
-
-}  // namespace
+static std::atomic<int> sleepsBegun = 0;
 
 /// Stands before the C library's function.
 extern "C" int nanosleep(const timespec* wanted, timespec* rest) {
   ++sleepsBegun;
-  if (sleepsFail) {
-    errno = failedSleeps.empty() ? EINTR : EFAULT;
-    failedSleeps += std::to_string(wanted->tv_sec) + "." + std::to_string(wanted->tv_nsec) + " ";
-    *rest = {0, 700000000};
-    return -1;
-  }
-  errno = ::clock_nanosleep(CLOCK_REALTIME, 0, wanted, rest);
-  return errno == 0 ? 0 : -1;
+  return ::clock_nanosleep(CLOCK_REALTIME, 0, wanted, rest);
 }
 
 namespace ara::per::testing {
-namespace {
 
 constexpr int kShort = 30;   // milliseconds
 constexpr int kLater = 120;  // by then a short delay is over
 
-/// Data of a timer, which notes the calls that reach it.
-class Event {
- public:
-  void Happen(char function) {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    functions_ += function;
-    happened_.notify_all();
-  }
+static std::atomic<int> calls = 0;  // of each, a digit for the function and one for the data
+static int one = 1;
+static int two = 2;
 
-  /// @return the functions that called, once there are `count` or `limit` milliseconds are over
-  std::string Functions(std::size_t count = 1, int limit = 20000) {
-    std::unique_lock<std::mutex> guard(mutex_);
-    happened_.wait_for(guard, std::chrono::milliseconds(limit),
-                       [&] { return functions_.size() >= count; });
-    return functions_;
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable happened_;
-  std::string functions_;
-};
-
-std::list<Event> events;     // live to the end of the process, for calls that come too late
-Event* nullEvent = nullptr;  // stands for null data
+template <int kFunction>
+void Call(void* data) {
+  calls = calls * 100 + kFunction * 10 + (data == nullptr ? 0 : *static_cast<int*>(data));
+}
 
 class TimerTest : public ::testing::Test {
  protected:
-  template <char kName>
-  static void Call(void* data) {
-    (data == nullptr ? nullEvent : static_cast<Event*>(data))->Happen(kName);
+  TimerTest() { calls = 0; }
+
+  static void ExpectCalls(int expected) {
+    EXPECT_TRUE(WaitUntil([&] { return calls == expected; })) << calls;
   }
 
-  /// Arms a timer whose thread has passed its first look at the flag when this returns.
-  static void ArmUntilAsleep(Timer& timer, Event& event, int delay) {
+  /// The thread has passed its first look at the flag when this returns.
+  static void ArmUntilAsleep(Timer& timer) {
     const int before = sleepsBegun;
-    timer.setTimeout(Call<'a'>, &event, delay);
-    while (sleepsBegun == before) {
-      std::this_thread::yield();
-    }
+    timer.setTimeout(Call<1>, &one, kShort);
+    EXPECT_TRUE(WaitUntil([&] { return sleepsBegun != before; }));
   }
 
-  Event& event_ = events.emplace_back();
-  Event& otherEvent_ = events.emplace_back();
-  Timer timer_;
-  Timer other_;
+  Timer timer_, other_;
 };
 
-TEST_F(TimerTest, DelaysOfZeroAndLessCallAtOnceOnANewThread) {
-  const int before = sleepsBegun;
-  timer_.setTimeout(Call<'a'>, &event_, 0);
-  EXPECT_EQ(event_.Functions(), "a");
-  timer_.setTimeout(Call<'b'>, &event_, -1500);
-  EXPECT_EQ(event_.Functions(2), "ab");
-  nullEvent = &otherEvent_;
-  timer_.setTimeout(Call<'n'>, nullptr, 0);
-  EXPECT_EQ(otherEvent_.Functions(), "n");
-  EXPECT_EQ(sleepsBegun, before);
-}
-
-TEST_F(TimerTest, SleepsSecondsAndNanosecondsAndGoesOnAfterASignalAlone) {
-  sleepsFail = true;
-  timer_.setTimeout(Call<'a'>, &event_, 1500);
-  EXPECT_EQ(event_.Functions(), "a");
-  sleepsFail = false;
-  EXPECT_EQ(std::exchange(failedSleeps, ""), "1.500000000 0.700000000 ");
-}
-
-TEST_F(TimerTest, FunctionIsTheLastOneOfTheProcessAndDataTheThreadsOwn) {
-  ArmUntilAsleep(timer_, event_, kShort);
-  other_.setTimeout(Call<'b'>, &otherEvent_, 0);
-  EXPECT_EQ(otherEvent_.Functions(), "b");
-  EXPECT_EQ(event_.Functions(), "b");
-}
-
-TEST_F(TimerTest, StopOrEndOfATimerSilencesItsThreadsEvenIfAnotherIsArmed) {
-  Event& gone = events.emplace_back();
+TEST_F(TimerTest, ThreadsAreSilencedByStopOrEndOfTheirTimerAndByTheEndOfTheOwner) {
   std::optional<Timer> ending(std::in_place);
-  ArmUntilAsleep(timer_, event_, kShort);
-  ArmUntilAsleep(*ending, gone, kShort);
+  auto owner = std::make_shared<int>();
+  Timer owned;
+  owned.setTimeout(Call<1>, &one, -1500, owner);  // at once
+  ExpectCalls(11);
+  owned.setTimeout(Call<1>, &one, kShort, owner);
+  ArmUntilAsleep(timer_);
+  ArmUntilAsleep(*ending);
   timer_.stop();
   ending.reset();
-  other_.setTimeout(Call<'b'>, &otherEvent_, kLater);
-  EXPECT_EQ(otherEvent_.Functions(), "b");
-  EXPECT_EQ(event_.Functions(0) + gone.Functions(0), "");
-}
-
-TEST_F(TimerTest, DataIsCalledWithAsLongAsItsOwnerLives) {
-  auto owner = std::make_shared<int>();
-  timer_.setTimeout(Call<'a'>, &otherEvent_, 0, owner);
-  EXPECT_EQ(otherEvent_.Functions(), "a");
-  timer_.setTimeout(Call<'a'>, &event_, kShort, owner);
   owner.reset();
-  other_.setTimeout(Call<'b'>, &otherEvent_, kLater);
-  EXPECT_EQ(otherEvent_.Functions(2), "ab");
-  EXPECT_EQ(event_.Functions(0), "");
+  other_.setTimeout(Call<2>, &two, kLater);
+  ExpectCalls(1122);
 }
 
-TEST_F(TimerTest, StopOfOneTimerSilencesAnother) {
-  ArmUntilAsleep(timer_, event_, kShort);
+TEST_F(TimerTest, StopSilencesOtherTimersAndArmingOrClearingRevivesForTheLastFunction) {
+  ArmUntilAsleep(timer_);
   other_.stop();
-  EXPECT_EQ(event_.Functions(1, kLater), "");
-}
-
-TEST_F(TimerTest, ArmingAgainRevivesAStoppedThread) {
-  ArmUntilAsleep(timer_, event_, kLater);
+  ::poll(nullptr, 0, kLater);
+  ExpectCalls(0);
+  ArmUntilAsleep(timer_);
   timer_.stop();
-  timer_.setTimeout(Call<'b'>, &event_, kShort);
-  EXPECT_EQ(event_.Functions(2), "bb");
-}
-
-TEST_F(TimerTest, ClearingTheFlagRevivesAStoppedThreadForTheNextFunction) {
-  ArmUntilAsleep(timer_, event_, kShort);
+  timer_.setTimeout(Call<2>, &two, 0);
+  ExpectCalls(2221);
+  ArmUntilAsleep(timer_);
   timer_.stop();
   timer_.clearStopped();
-  other_.setTimeout(Call<'b'>, &otherEvent_, 0);
-  EXPECT_EQ(event_.Functions(), "b");
+  other_.setTimeout(Call<3>, &two, 0);
+  ExpectCalls(22213231);
 }
 
-}  // namespace
 }  // namespace ara::per::testing
