@@ -54,7 +54,7 @@ TEST(JsonWriterTest, EachTypeHasItsTextAndScalarsOf64BitsKeepTheirLow32) {
   const KvsType ulongs = ArrayOf<unsigned long>({4294967297, ~0UL});
   const KvsType texts = ArrayOf<std::string>({"a", "", "c"});
   const KvsType objects = ArrayOf<KvsType>({Named("k", KvsType(7U))});
-  ExpectItem(Type::kFloat, {{KvsType(0.1F), "0.100000"}, {ArrayOf<double>({.1}), "[0.100000]"}});
+  ExpectItem(Type::kFloat, {{KvsType(.1F), "0.100000"}, {ArrayOf<double>({99.9}), "[99.900002]"}});
   ExpectItem(Type::kDouble, {{KvsType(0.5), "0.500000"}, {ArrayOf<double>({2}), "[2.000000]"}});
   ExpectItem(Type::kSInt8, {{KvsType(-128), "-128"}, {longs, "[1,-1]"}});
   ExpectItem(Type::kSInt16, {{KvsType(-32768), "-32768"}, {longs, "[1,-1]"}});

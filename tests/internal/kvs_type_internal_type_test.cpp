@@ -74,6 +74,7 @@ TEST(KvsTypeInternalTypeTest, FailedAddNeitherRewindsNorTakesTheItemAndAGoodOneT
   EXPECT_EQ(store.getNext(), 1U);
   const KvsType item("text");
   EXPECT_THROW(store.Add(item), std::logic_error);
+  EXPECT_THROW(store.Add(true), std::logic_error);
   EXPECT_EQ(store.GetKvsTypeNext().GetSInt64(), 2);
   Store objects;
   objects.Add(item);

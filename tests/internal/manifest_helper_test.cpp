@@ -59,9 +59,9 @@ TEST_F(ManifestHelperTest, WholeManifestIsReadAndASecondReadAddsToIt) {
                 "getKeyValuePair end.");
   EXPECT_EQ(helper_.updateType + out_.Take(), "update");
   // An unknown strategy means different things, and what is missing leaves what there was.
-  Read(R"({"DeploymentConfig":{}})");
   Read(R"({"DeploymentConfig":{"FileProxy":{"updateStrategy":"overWrite"},"KeyValukDatabase":
     {"keyValuePairs":[{"updateStrategy":"x"}],"uri":"/2","updateStrategy":"overWrite"}}})");
+  Read(R"({"DeploymentConfig":{}})");
   EXPECT_EQ(Known(), "0 0 0 0 F0 D2/2 a|5|uint8|1 b|1,2|vector<int>|2 |||0");
 }
 

@@ -31,17 +31,17 @@ TEST_F(ReadHandlerTest, EventsNeedAnItemWhichLandsInTheListWhenItEnds) {
   EXPECT_FALSE(handler_.Int(1) || handler_.String("x") || handler_.Null());
   EXPECT_EQ(Thrown<PhysicalStorageErrorException>([this] { handler_.EndObject(); }),
             "Should never get here");
-  EXPECT_TRUE(Begin("a", "sint8") && handler_.Int(-1) && handler_.Int64(4294967296));
-  EXPECT_TRUE(handler_.Null() && handler_.String("dropped") && handler_.EndObject());
   EXPECT_TRUE(Begin("b", "binary") && handler_.setParseAsArray(true) && handler_.String("ab"));
   EXPECT_TRUE(handler_.Key("documentation") && handler_.Key("type") && handler_.String("doc"));
-  EXPECT_TRUE(handler_.Key("checksum") && handler_.String("cd") && handler_.setCheckSum(77));
+  EXPECT_TRUE(handler_.String("c") && handler_.Key("checksum") && handler_.String("d"));
+  EXPECT_TRUE(handler_.setCheckSum(77) && handler_.EndObject());
+  EXPECT_TRUE(Begin("a", "sint8") && handler_.Int(-1) && handler_.Int64(4294967296));
+  EXPECT_TRUE(handler_.Null() && handler_.String("dropped"));
   EXPECT_TRUE(handler_.Key("key") && handler_.EndObject());  // the name survives it
-  EXPECT_TRUE(handler_.StartObject() && handler_.String("late"));
-  EXPECT_TRUE(handler_.setValueType("x", type_) && type_ == KvsType::Type::kNotSupported);
-  EXPECT_EQ(ValueTexts(items_), "a:sint8=-1,4294967296 b:binary=['ab','cd']");
-  EXPECT_EQ(InternalAccess().GetDocumentation(*items_.back()), "doc");
-  EXPECT_EQ(InternalAccess().GetChecksum(*items_.back()), 77U);
+  EXPECT_TRUE(handler_.StartObject() && handler_.String("z") && handler_.EndObject());
+  EXPECT_EQ(ValueTexts(items_), "b:binary=['ab','c','d'] a:sint8=-1,4294967296 z:object=");
+  EXPECT_EQ(InternalAccess().GetDocumentation(*items_.front()), "doc");
+  EXPECT_EQ(InternalAccess().GetChecksum(*items_.front()), 77U);
 }
 
 TEST_F(ReadHandlerTest, ChildrenGoIntoTheirParentsAndValueObjectsHaveTypeNames) {

@@ -280,7 +280,7 @@ TEST_F(DelayedWriteTest, DelayedWriteThatWaitsForItsTurnGivesUpWhenItsDatabaseEn
   std::promise<void> saving;
   std::promise<void> goOn;
   ara::log::SetSink([&](ara::log::LogLevel, std::string_view, std::string_view line) {
-    if (line.find("syncToLocalStorage db_changed_ database_:other") != line.npos) {
+    if (line.find("syncToLocalStorage db_changed_ database_:other") != std::string_view::npos) {
       saving.set_value();
       goOn.get_future().wait();
     }
