@@ -65,8 +65,8 @@ SyncLock mSyncLock;
 
 }  // namespace
 
-inline bool KeyValueStorage::Impl::KeyLess::operator()(const std::string& left,
-                                                       const std::string& right) const {
+inline bool KeyValueStorage::Impl::KeyLess::operator()(std::string_view left,
+                                                       std::string_view right) const {
   const std::size_t common = std::min(left.size(), right.size());
   std::size_t i = 0;
   for (; i + sizeof(std::uint64_t) <= common; i += sizeof(std::uint64_t)) {
@@ -164,7 +164,8 @@ void KeyValueStorage::Impl::InitWithoutRedundancy() {
   }
   for (auto item = kvs_items_in_add_order_.begin(); item != kvs_items_in_add_order_.end(); ++item) {
     static_cast<Item&>(**item).place = item;
-    kvs_items_[(*item)->GetKey()] = *item;  // Intended: of two with one key the list keeps both
+    // Intended: of two with one key the list keeps both.
+    kvs_items_[std::pmr::string((*item)->GetKey(), &key_pool_)] = *item;
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "KeyValueStorage::Impl::InitWithoutRedundancy end database_=%s",
@@ -272,7 +273,7 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
   db_changed_ = true;  // Intended: also by an equal value and by one that is refused below
   static_cast<void>(value.GetType());  // a moved-from value throws before anything is overwritten
   const auto entry = kvs_items_.lower_bound(key);
-  if (entry != kvs_items_.end() && entry->first == key) {
+  if (entry != kvs_items_.end() && std::string_view(entry->first) == key) {
     KvsType& item = *entry->second;
     item = std::forward<Value>(value);
     item.SetKey(key);

@@ -5,12 +5,15 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <memory_resource>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ara/per/key_value_storage.h"
 #include "ara/per/kvs_type.h"
 #include "ara/per/log_extend.h"
+#include "key-value-storage/key_pool.h"
 #include "manifestaccess/manifest_helper.h"
 #include "support/timercpp.h"
 
@@ -55,10 +58,11 @@ class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorag
  private:
   using ItemList = std::list<std::shared_ptr<KvsType>>;
 
-  /// The order of `std::string`, eight bytes at a time: most of a search is comparing keys that
+  /// The order of strings, eight bytes at a time: most of a search is comparing keys that
   /// begin alike.
   struct KeyLess {
-    bool operator()(const std::string& left, const std::string& right) const;
+    using is_transparent = void;
+    bool operator()(std::string_view left, std::string_view right) const;
   };
 
   /// What the shared pointers of the list and the map really point to, so that removing a key need
@@ -87,7 +91,8 @@ class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorag
   std::string config_path_;
   LogExtend* log_ = nullptr;
   ItemList kvs_items_in_add_order_;
-  std::map<std::string, std::shared_ptr<KvsType>, KeyLess> kvs_items_;
+  KeyPool key_pool_;
+  std::pmr::map<std::pmr::string, std::shared_ptr<KvsType>, KeyLess> kvs_items_{&key_pool_};
 
   const KvsType missing_;            // what a missing key reads as
   std::atomic<bool> ended_ = false;  // a delayed write that has not begun is no longer wanted

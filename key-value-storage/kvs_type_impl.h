@@ -70,11 +70,12 @@ class KvsType::Impl {
   void demand(bool fits, const char* function, int line, const char* suffix = "") const;
   void demandBinary(bool fits, const char* logged, int line, const char* suffix = "") const;
 
-  std::string m_key;
+  // What a getter reads stands together in front, within one cache line.
   std::uint32_t m_checksum = 0;  // Intended: nothing computes it and no file holds it
   KvsType::Status m_status = KvsType::Status::kSuccess;
-  KvsTypeInternalType internal_value_;
   KvsType::Type m_internal_type;
+  KvsTypeInternalType internal_value_;
+  std::string m_key;
   std::string m_documentation;
 };
 
