@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -15,6 +14,7 @@
 #include <utility>
 
 #include "ara/per/json_parser.h"
+#include "support/current_path.h"
 #include "support/log_here.h"
 
 namespace ara::per {
@@ -111,11 +111,7 @@ KeyValueStorage::Impl::Impl(const std::string& database) : database_(database) {
 
 KeyValueStorage::Impl::~Impl() = default;
 
-std::string KeyValueStorage::Impl::getTheCurrentPath() {
-  std::array<char, 200> buffer{};
-  // A directory that does not fit, or is gone, counts as one in which nothing can be found.
-  return ::getcwd(buffer.data(), buffer.size()) == nullptr ? "/dev/null" : buffer.data();
-}
+std::string KeyValueStorage::Impl::getTheCurrentPath() { return CurrentPath<200>(); }
 
 void KeyValueStorage::Impl::readConfiguration() {
   if (!Exists(config_path_)) {
@@ -320,19 +316,20 @@ void KeyValueStorage::Impl::removeAllKeys() {
 void KeyValueStorage::Impl::armTimer() {
   if (!isTimer && config_.updateTime != 0) {
     // Intended: a delay above 2147483647 becomes negative, and the call comes at once.
-    timer_.setTimeout(&Impl::onTimer, this, static_cast<int>(config_.updateTime),
-                      shared_from_this());
+    timer_.setTimeout(&Impl::onTimer, static_cast<TimerData*>(this),
+                      static_cast<int>(config_.updateTime), shared_from_this());
     isTimer = true;
   }
 }
 
 void KeyValueStorage::Impl::onTimer(void* data) {
-  if (data == nullptr) {
+  auto* const engine = TimerData::as<Impl>(data);
+  if (engine == nullptr) {
     std::cout << "timer is called but the data is invalid" << std::endl;
     return;
   }
   std::cout << "timer is called" << std::endl;
-  static_cast<Impl*>(data)->syncToLocalStorage();
+  engine->syncToLocalStorage();
 }
 
 bool KeyValueStorage::Impl::sizeLimitReached() const {

@@ -27,14 +27,13 @@ namespace ara::per {
 ///
 /// Not guarded: the containers and flags are used by the application's thread and, during a
 /// delayed synchronisation, by the timer's. Such a one keeps the engine alive once it has begun.
-class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorage::Impl> {
+class KeyValueStorage::Impl : public TimerData,
+                              public std::enable_shared_from_this<KeyValueStorage::Impl> {
  public:
   explicit Impl(const std::string& database);
-  Impl(const Impl&) = delete;
-  Impl& operator=(const Impl&) = delete;
 
   /// Intended: stops no timer; `deinit` does.
-  virtual ~Impl();
+  ~Impl() override;
 
   /// The end of the database: stops the timer and synchronises nothing.
   virtual void deinit();
@@ -53,6 +52,7 @@ class KeyValueStorage::Impl : public std::enable_shared_from_this<KeyValueStorag
   /// `setValue` for a value that nobody else needs.
   void setValue(const std::string& key, KvsType&& value);
 
+  /// Intended: data of a file accessor is as invalid as none.
   static void onTimer(void* data);
 
  private:

@@ -5,11 +5,28 @@
 
 namespace ara::per {
 
+/// Base of what callbacks get as data. A callback may meet data that was armed for another one, see
+/// below, and must not take it for its own.
+class TimerData {
+ public:
+  TimerData() = default;
+  TimerData(const TimerData&) = delete;
+  TimerData& operator=(const TimerData&) = delete;
+  virtual ~TimerData() = default;
+
+  /// @param data  null or a `TimerData`
+  /// @return `data` as an `Owner`; null when it is none
+  template <class Owner>
+  static Owner* as(void* data) {
+    return dynamic_cast<Owner*>(static_cast<TimerData*>(data));
+  }
+};
+
 /// Calls a function once after a delay, on a thread of its own that nothing joins or wakes.
 ///
 /// Intended: the function to call is one pointer for the whole process. The last `setTimeout`
 /// anywhere chooses it for every sleeping thread, each of which keeps its own data, and a `stop`
-/// anywhere silences them all.
+/// anywhere silences them all. So the function may get data that was meant for another one.
 ///
 /// Not guarded: the stop flag and the function are plain memory that the sleeping threads read.
 class Timer {
