@@ -9,6 +9,7 @@
 #include "ara/per/key_value_storage.h"
 #include "ara/per/kvs_type.h"
 #include "ara/per/logic_error_exception.h"
+#include "ara/per/per_update.h"
 #include "ara/per/per_version.h"
 #include "ara/per/physical_storage_error_exception.h"
 #include "ara/per/read_accessor.h"
