@@ -8,10 +8,9 @@
 namespace ara::per {
 namespace {
 
-constexpr std::size_t kFirstChunk = 4096;  // bytes; each further one is twice as large
+// Bytes. Each further chunk is twice as large, up to a huge page.
+constexpr std::size_t kFirstChunk = 4096;
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
-
-std::size_t Grains(std::size_t bytes, std::size_t grain) { return (bytes + grain - 1) / grain; }
 
 std::pmr::memory_resource& Heap() { return *std::pmr::new_delete_resource(); }
 
@@ -23,6 +22,8 @@ KeyPool::~KeyPool() {
   }
 }
 
+std::size_t KeyPool::grains(std::size_t bytes) { return (bytes + kGrain - 1) / kGrain; }
+
 bool KeyPool::isPooled(std::size_t bytes, std::size_t alignment) {
   return bytes != 0 && bytes <= kLargestPiece && alignment <= kGrain;
 }
@@ -31,7 +32,7 @@ void KeyPool::addChunk() {
   const std::size_t size =
       chunks_.empty() ? kFirstChunk : std::min(2 * chunks_.back().size, kHugePage);
   chunks_.reserve(chunks_.size() + 1);
-  fresh_ = Heap().allocate(size, size);
+  fresh_ = Heap().allocate(size, size);  // a huge page begins at a multiple of its size
   fresh_size_ = size;
   chunks_.push_back({fresh_, size});
   if (size == kHugePage) {
@@ -43,12 +44,12 @@ void* KeyPool::do_allocate(std::size_t bytes, std::size_t alignment) {
   if (!isPooled(bytes, alignment)) {
     return Heap().allocate(bytes, alignment);
   }
-  const std::size_t grains = Grains(bytes, kGrain);
-  if (FreePiece* const piece = free_[grains]) {
-    free_[grains] = piece->next;
+  FreePiece*& pieces = free_[grains(bytes)];
+  if (FreePiece* const piece = pieces) {
+    pieces = piece->next;
     return piece;
   }
-  const std::size_t size = grains * kGrain;
+  const std::size_t size = grains(bytes) * kGrain;
   if (fresh_size_ < size) {
     addChunk();
   }
@@ -63,8 +64,8 @@ void KeyPool::do_deallocate(void* piece, std::size_t bytes, std::size_t alignmen
     Heap().deallocate(piece, bytes, alignment);
     return;
   }
-  FreePiece*& free = free_[Grains(bytes, kGrain)];
-  free = new (piece) FreePiece{free};
+  FreePiece*& pieces = free_[grains(bytes)];
+  pieces = new (piece) FreePiece{pieces};
 }
 
 bool KeyPool::do_is_equal(const memory_resource& other) const noexcept { return this == &other; }

@@ -8,11 +8,11 @@
 
 namespace ara::per {
 
-/// Memory for the nodes and texts of one search tree, packed in the order in which they come. A
-/// search then meets a node and its text side by side and among other nodes, not strewn over the
-/// heap between the values; larger chunks also ask for huge pages, so that a step of the search
-/// seldom waits for the page table. What is given back is used again for pieces of the same size;
-/// the system gets it when the pool ends.
+/// Memory for the nodes and texts of one search tree, packed in the order in which they come as
+/// long as nothing is given back. A search then meets a node and its text side by side and among
+/// other nodes, not strewn over the heap between the values; larger chunks also ask for huge pages,
+/// so that a step of the search seldom waits for the page table. What is given back is used again
+/// for pieces of the same size; the system gets it when the pool ends.
 class KeyPool : public std::pmr::memory_resource {
  public:
   KeyPool() = default;
@@ -32,6 +32,7 @@ class KeyPool : public std::pmr::memory_resource {
   static constexpr std::size_t kGrain = alignof(FreePiece);
   static constexpr std::size_t kLargestPiece = 512;  // bytes; what is larger goes to the heap
 
+  static std::size_t grains(std::size_t bytes);
   static bool isPooled(std::size_t bytes, std::size_t alignment);
   void addChunk();
 

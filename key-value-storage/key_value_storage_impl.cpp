@@ -22,11 +22,9 @@ namespace {
 
 using ara::log::LogLevel;
 
-constexpr char kConfigFile[] = "/PersistencyConfig.json";
 constexpr char kRedundantFile[] = ARA_PER_REDUNDANT_DIR "/kvsdatabase.json";
 
-// Intended: the two defaults differ by a factor of ten. Milliseconds.
-constexpr std::uint32_t kUpdateTimeWithoutFile = 60000;
+// Intended: a tenth of that without a file. Milliseconds.
 constexpr std::uint32_t kUpdateTimeOfRefusedFile = 6000;
 
 DatabaseConfig DefaultConfig(std::uint32_t updateTime) { return {false, 0, 0, updateTime}; }
@@ -65,8 +63,8 @@ SyncLock mSyncLock;
 
 }  // namespace
 
-inline bool KeyValueStorage::Impl::KeyLess::operator()(std::string_view left,
-                                                       std::string_view right) const {
+bool KeyValueStorage::Impl::KeyLess::operator()(std::string_view left,
+                                                std::string_view right) const {
   const std::size_t common = std::min(left.size(), right.size());
   std::size_t i = 0;
   for (; i + sizeof(std::uint64_t) <= common; i += sizeof(std::uint64_t)) {
@@ -204,17 +202,13 @@ void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
     const std::string key = item->GetKey();
     const bool redundantIsGood = redundant.GetStatus() != KvsType::Status::kCheckSumError;
     const bool itemIsGood = item->GetStatus() != KvsType::Status::kCheckSumError;
-    if (redundantIsGood ? itemIsGood && key == redundant.GetKey() : kvs_items_.count(key) != 0) {
+    if (redundantIsGood ? itemIsGood && key == redundant.GetKey()
+                        : kvs_items_.find(key) != kvs_items_.end()) {
       setValue(key, *item);
     }
     log_->logPrint(LogLevel::kVerbose,
                    ARA_PER_LINE("KeyValueStorage::Impl::InitWithRedundancy set value3"));
   }
-}
-
-void KeyValueStorage::Impl::append(const std::shared_ptr<KvsType>& item) {
-  kvs_items_in_add_order_.push_back(item);
-  static_cast<Item&>(*item).place = std::prev(kvs_items_in_add_order_.end());
 }
 
 void KeyValueStorage::Impl::deinit() {
@@ -237,7 +231,7 @@ std::vector<std::string> KeyValueStorage::Impl::getAllKeys() const {
 bool KeyValueStorage::Impl::hasKey(const std::string& key) const {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "KeyValueStorage::Impl::hasKey key is:%s ",
                  key.c_str());
-  return kvs_items_.count(key) != 0;
+  return kvs_items_.find(key) != kvs_items_.end();
 }
 
 KvsType KeyValueStorage::Impl::getValue(const std::string& key) const { return readValue(key); }
@@ -278,8 +272,10 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
                    ARA_PER_LINE("KeyValueStorage::Impl::setValue not find the key"));
     const auto item = std::make_shared<Item>(std::forward<Value>(value));
     item->SetKey(key);
-    append(item);  // first, so that an item of the map always has its place in the list
+    ItemList appended = {item};  // nothing behind the map's entry can fail
+    item->place = appended.begin();
     kvs_items_.emplace_hint(entry, key, item);
+    kvs_items_in_add_order_.splice(kvs_items_in_add_order_.end(), appended);
   }
   if (!in_redundancy_init_) {
     armTimer();

@@ -78,7 +78,6 @@ class KeyValueStorage::Impl : public TimerData,
 
   template <class Value>
   void storeValue(const std::string& key, Value&& value);
-  void append(const std::shared_ptr<KvsType>& item);
   void armTimer();
   bool sizeLimitReached() const;
 

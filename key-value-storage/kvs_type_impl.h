@@ -70,7 +70,7 @@ class KvsType::Impl {
   void demand(bool fits, const char* function, int line, const char* suffix = "") const;
   void demandBinary(bool fits, const char* logged, int line, const char* suffix = "") const;
 
-  // What a getter reads stands together in front, within one cache line.
+  // What the getter of a number or a flag reads stands in front, together.
   std::uint32_t m_checksum = 0;  // Intended: nothing computes it and no file holds it
   KvsType::Status m_status = KvsType::Status::kSuccess;
   KvsType::Type m_internal_type;

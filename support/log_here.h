@@ -7,8 +7,7 @@
 #define ARA_PER_LINE_TEXT(line) ARA_PER_TEXT_OF(line)
 
 /// The place where it stands, or a whole line from there that has no conversions.
-#define ARA_PER_HERE \
-  ::ara::per::LogPlace { "[" __FILE__ "][" ARA_PER_LINE_TEXT(__LINE__) "]" }
+#define ARA_PER_HERE ARA_PER_LINE("")
 #define ARA_PER_LINE(message) \
   ::ara::per::LogPlace { "[" __FILE__ "][" ARA_PER_LINE_TEXT(__LINE__) "]" message }
 

@@ -58,7 +58,8 @@ class Timer {
  private:
   // Shared with the sleeping threads, which outlive the timer.
   struct State {
-    bool stopped_ = false;
+    // Plain memory, but read anew each time it is looked at.
+    volatile bool stopped_ = false;
   };
 
   static void call(const State& state, void* data);

@@ -35,10 +35,11 @@ TEST(KeyPoolTest, ServesATreeOfKeysOfAllLengthsThroughManyRemovals) {
 
 TEST(KeyPoolTest, UsesAPieceAgainForTheSameSizeAlone) {
   KeyPool pool;
-  void* const piece = pool.allocate(24, 8);
-  pool.deallocate(piece, 24, 8);
-  EXPECT_NE(pool.allocate(32, 8), piece);
-  EXPECT_EQ(pool.allocate(17, 1), piece);
+  void* const piece = pool.allocate(17, 1);
+  pool.deallocate(piece, 17, 1);
+  EXPECT_NE(pool.allocate(16, 8), piece);
+  EXPECT_NE(pool.allocate(25, 8), piece);
+  EXPECT_EQ(pool.allocate(24, 8), piece);
 }
 
 }  // namespace

@@ -46,7 +46,8 @@ class ARA_PER_EXPORT KeyValueStorage {
   KeyValueStorage& operator=(const KeyValueStorage&) = delete;
   KeyValueStorage(KeyValueStorage&& other) noexcept;
   /// Intended: unlike the destructor it leaves the delayed writes of the process alone; the
-  /// database that was held before is dropped without being written.
+  /// database that was held before is dropped without being written, unless a delayed write of it
+  /// has begun.
   KeyValueStorage& operator=(KeyValueStorage&& other) noexcept;
 
   /// Intended: changes that were not synchronised are lost, and every delayed write that is
