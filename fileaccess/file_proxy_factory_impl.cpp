@@ -74,10 +74,8 @@ std::unique_ptr<FileProxyAccessorFactory> CreateFileAccessorFactory(std::string 
   return std::make_unique<FileProxyFactoryImpl>(std::move(path));
 }
 
-// NOLINTBEGIN(performance-unnecessary-value-param): the parameter is part of the ABI
 bool RecoverFileProxy(std::string) { return false; }
 
 bool ResetFileProxy(std::string) { return false; }
-// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace ara::per

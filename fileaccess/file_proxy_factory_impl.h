@@ -11,7 +11,7 @@
 namespace ara::per {
 
 /// The one factory: makes `ReadWriteAccessorImpl` for all kinds of access.
-class FileProxyFactoryImpl : public FileProxyAccessorFactory {
+class FileProxyFactoryImpl final : public FileProxyAccessorFactory {
  public:
   explicit FileProxyFactoryImpl(std::string path);
 

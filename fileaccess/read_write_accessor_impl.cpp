@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
-#include <limits>
 #include <mutex>
 
 #include "crc/crc.h"
+#include "fileaccess/file_size.h"
 #include "fileaccess/std_ios_base_adapter.h"
 #include "support/current_path.h"
 #include "support/log_here.h"
@@ -20,10 +20,9 @@ namespace {
 using ara::log::LogLevel;
 using helper::ios_base_adapter;
 
-constexpr char kConfigFile[] = "/PersistencyConfig.json";
 constexpr char kRedundantFile[] = ARA_PER_REDUNDANT_DIR "/fileProxy.json";
 
-constexpr DatabaseConfig kDefaultConfig = {false, 0, 0, 60000};
+constexpr DatabaseConfig kDefaultConfig = {false, 0, 0, kUpdateTimeWithoutFile};
 
 // One `write` of an accessor of the process at a time.
 std::mutex mFileLock;
@@ -38,9 +37,13 @@ std::uint32_t LowBits(std::streamoff position) { return static_cast<std::uint32_
 
 ReadWriteAccessorImpl::ReadWriteAccessorImpl(const std::string& path,
                                              const BasicOperations::OpenMode& mode)
-    : filename(path), stream(path, ios_base_adapter::ToOpenmode(mode)), pos(stream.tellg()) {
+    : filename(path),
+      stream(path, ios_base_adapter::ToOpenmode(mode)),
+      pos(stream.tellg()),
+      log_(LogExtend::getLogExtenObject("PersistencyService")) {
+  // Intended: it ends the process, in every kind of build.
   assert(stream.tellg() == stream.tellp());
-  log_ = LogExtend::getLogExtenObject("PersistencyService");
+  // See the fields: who lets go of `alive_` last fulfils the promise.
   auto ended = std::make_shared<std::promise<void>>();
   ended_ = ended->get_future();
   alive_ = std::shared_ptr<const void>(this, [ended](const void*) { ended->set_value(); });
@@ -61,12 +64,11 @@ ReadWriteAccessorImpl::ReadWriteAccessorImpl(const std::string& path,
 }
 
 ReadWriteAccessorImpl::~ReadWriteAccessorImpl() {
+  // Intended: nothing is synchronised, and every other delay of the process is silenced, too.
   timer.stop();
   alive_.reset();
   ended_.wait();
-  if (stream.rdbuf()->close() == nullptr) {
-    stream.setstate(std::ios_base::failbit);
-  }
+  stream.close();
 }
 
 void ReadWriteAccessorImpl::init(const std::string& path) {
@@ -102,9 +104,7 @@ void ReadWriteAccessorImpl::recover(const BasicOperations::OpenMode& mode) {
 
 unsigned int ReadWriteAccessorImpl::calculateChecksum() {
   stream.seekg(0, std::ios_base::end);
-  const std::streamoff end = stream.tellg();
-  // The size of a stream that has failed is not known.
-  const std::uint32_t size = end < 0 ? 0 : LowBits(end);
+  const std::uint32_t size = SizeByEnd(stream.tellg());
   unsigned int sum = 0;
   if (size != 0) {
     // Intended: `read` starts at the position. From behind the front it comes up short, which
@@ -248,7 +248,8 @@ bool ReadWriteAccessorImpl::writeLocked(const char* buf, unsigned long n) {
 
 void ReadWriteAccessorImpl::armTimer() {
   if (!timerArmed && config_.updateTime != 0) {
-    // Intended: a delay above 2147483647 becomes negative, and the call comes at once.
+    // Intended: a delay above 2147483647 becomes negative, and the call comes at once. One that
+    // comes before the flag is set leaves it set for good.
     timer.setTimeout(&ReadWriteAccessorImpl::onTimer, static_cast<TimerData*>(this),
                      static_cast<int>(config_.updateTime), alive_);
     timerArmed = true;
@@ -270,24 +271,6 @@ WriteAccessor& ReadWriteAccessorImpl::operator<<(WriteAccessor& (*manip)(WriteAc
   return *this;
 }
 
-bool ReadWriteAccessorImpl::synchroniseChecksum(std::uint32_t dataSize) {
-  if (!config_.isRedundancy) {
-    return true;
-  }
-  if (config_.maxSize <= dataSize) {
-    log_->logPrint(LogLevel::kVerbose,
-                   ARA_PER_LINE("ReadWriteAccessorImpl::fsync the file is max size, it can not to "
-                                "storage the data."));
-    return false;
-  }
-  config_.checksum = calculateChecksum();
-  log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
-                 "ReadWriteAccessorImpl::fsync config_.chechSum is:%d",
-                 static_cast<int>(config_.checksum));
-  updateChecksum(config_.checksum);
-  return true;
-}
-
 void ReadWriteAccessorImpl::fsync() {
   if (dataChanged) {
     flush();
@@ -296,11 +279,21 @@ void ReadWriteAccessorImpl::fsync() {
     const std::uint32_t dataSize = LowBits(stream.tellg());
     log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ReadWriteAccessorImpl::fsync dataSize is:%d ",
                    static_cast<int>(dataSize));
-    if (!synchroniseChecksum(dataSize)) {
-      return;  // Intended: timerArmed stays set, so that no later write arms the timer
+    if (config_.isRedundancy) {
+      if (config_.maxSize <= dataSize) {
+        log_->logPrint(LogLevel::kVerbose,
+                       ARA_PER_LINE("ReadWriteAccessorImpl::fsync the file is max size, it can not "
+                                    "to storage the data."));
+        return;  // Intended: timerArmed stays set, so that no later write arms the timer
+      }
+      config_.checksum = calculateChecksum();
+      log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
+                     "ReadWriteAccessorImpl::fsync config_.chechSum is:%d",
+                     static_cast<int>(config_.checksum));
+      updateChecksum(config_.checksum);
     }
-    // Intended: the descriptor stays open for the life of the process.
-    ::fdatasync(::open(filename.c_str(), O_APPEND));
+    // Intended: no failure is looked at, and the descriptor stays open for the life of the process.
+    static_cast<void>(::fdatasync(::open(filename.c_str(), O_APPEND)));
     timerArmed = false;
     timer.stop();
   }

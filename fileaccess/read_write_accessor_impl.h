@@ -62,8 +62,6 @@ class ReadWriteAccessorImpl final : public ReadWriteAccessor, public TimerData {
   void recover(const BasicOperations::OpenMode& mode);
   bool writeLocked(const char* buf, unsigned long n);
   void armTimer();
-  /// @return whether the checksum was looked after, or need not be
-  bool synchroniseChecksum(std::uint32_t dataSize);
 
   std::string filename;
   std::fstream stream;

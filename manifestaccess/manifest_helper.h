@@ -19,6 +19,12 @@ enum class ConfigKind {
   kDataConfig = 1,
 };
 
+/// The configuration file, behind the working directory.
+inline constexpr char kConfigFile[] = "/PersistencyConfig.json";
+
+/// Milliseconds, when there is no configuration file.
+inline constexpr std::uint32_t kUpdateTimeWithoutFile = 60000;
+
 /// The settings of the configuration file, for everything in the process.
 struct DatabaseConfig {
   bool isRedundancy = false;
@@ -28,9 +34,9 @@ struct DatabaseConfig {
 };
 
 // The numbers of the strategies "overWrite", "keepExisting" and "delete".
-constexpr std::uint32_t kOverWrite = 0;
-constexpr std::uint32_t kKeepExisting = 1;
-constexpr std::uint32_t kDelete = 2;
+inline constexpr std::uint32_t kOverWrite = 0;
+inline constexpr std::uint32_t kKeepExisting = 1;
+inline constexpr std::uint32_t kDelete = 2;
 
 struct FileProxy {
   std::uint32_t updateStrategy = kOverWrite;

@@ -4,6 +4,8 @@
 
 namespace ara::per {
 
+PersistencyUpdate::~PersistencyUpdate() = default;
+
 std::unique_ptr<PersistencyUpdate> PersistencyUpdate::CreatePersistencyUpdate() {
   return std::make_unique<PersistencyUpdateImpl>();
 }

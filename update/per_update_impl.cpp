@@ -2,16 +2,16 @@
 
 #include <libgen.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <sstream>
-#include <string_view>
 #include <type_traits>
 
 #include "ara/per/file_proxy_accessor_factory.h"
+#include "ara/per/internal_access.h"
+#include "fileaccess/file_size.h"
 #include "support/log_here.h"
 
 namespace ara::per {
@@ -21,27 +21,6 @@ using ara::log::LogLevel;
 using OpenMode = BasicOperations::OpenMode;
 using SeekDirection = BasicOperations::SeekDirection;
 using Type = KvsType::Type;
-
-struct TypeName {
-  std::string_view name;
-  Type type;
-};
-
-constexpr std::array<TypeName, 13> kTypeNames = {{
-    {"sint8", Type::kSInt8},
-    {"sint16", Type::kSInt16},
-    {"sint32", Type::kSInt32},
-    {"sint64", Type::kSInt64},
-    {"bool", Type::kBoolean},
-    {"uint8", Type::kUInt8},
-    {"uint16", Type::kUInt16},
-    {"uint32", Type::kUInt32},
-    {"uint64", Type::kUInt64},
-    {"double", Type::kDouble},
-    {"float", Type::kFloat},
-    {"string", Type::kString},
-    {"binary", Type::kBinary},
-}};
 
 /// Reads a text as an `Extracted` and makes a value of it as a `Stored`.
 template <class Stored, class Extracted = Stored>
@@ -83,7 +62,7 @@ void WithElement(Type type, Use&& use) {
       return use(Element<float>());
     case Type::kDouble:
       return use(Element<double>());
-    case Type::kBoolean:
+    case Type::kBoolean:  // Intended: 0 and 1, no words
       return use(Element<bool>());
     case Type::kString:
       return use(Element<std::string>());
@@ -99,15 +78,15 @@ std::unique_ptr<ReadWriteAccessor> Open(const fileStruct& file, OpenMode mode) {
 /// Moves to the end. @return the size in 32 bits; 0 when it cannot be told
 std::uint32_t SeekToEnd(BasicOperations& file) {
   file.seek(0, SeekDirection::end);
-  const std::streamoff size = file.tell();
-  return size < 0 ? 0 : static_cast<std::uint32_t>(size);
+  return SizeByEnd(file.tell());
 }
 
-/// Writes `size` bytes of `source`, or zeros where it gives none.
+/// Writes `size` bytes of `source`, or zeros where it gives none. Intended: no result is looked at;
+/// a source that can be read but not written to was not opened, and gives zeros.
 void Copy(ReadWriteAccessor& source, ReadWriteAccessor& target, std::uint32_t size) {
   const auto bytes = std::make_unique<char[]>(std::size_t{size} + 1);
-  source.read(bytes.get(), size);
-  target.write(bytes.get(), size);
+  static_cast<void>(source.read(bytes.get(), size));
+  static_cast<void>(target.write(bytes.get(), size));
   target.fsync();
 }
 
@@ -178,12 +157,8 @@ EUpdateType PersistencyUpdateImpl::switchUpdateType(std::string text) {
 Type PersistencyUpdateImpl::switchType(const std::string& text) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "PersistencyUpdateImpl::switchType type is %s",
                  text.c_str());
-  for (const TypeName& entry : kTypeNames) {
-    if (entry.name == text) {
-      return entry.type;
-    }
-  }
-  return Type::kNotSupported;
+  const Type type = InternalAccess().getKvsTypeFromString(KvsType(), text);
+  return type == Type::kObject ? Type::kNotSupported : type;  // no text tells an object
 }
 
 void PersistencyUpdateImpl::filePathParser(const std::string& path, fileStruct& out) {
@@ -201,27 +176,32 @@ int PersistencyUpdateImpl::updateFileProxy(EUpdateType type) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "PersistencyUpdateImpl::updateFileProxy ret:%d type=%d", static_cast<int>(ret),
                  static_cast<int>(type));
+  if (ret && type == EUpdateType::kUninstallation) {
+    log_->logPrint(LogLevel::kVerbose,
+                   ARA_PER_LINE("PersistencyUpdateImpl::updateFileProxy Uninstallation the app, "
+                                "ucm delete the data directly"));
+    return 1;
+  }
   if (ret) {
-    if (type == EUpdateType::kUninstallation) {
-      log_->logPrint(LogLevel::kVerbose,
-                     ARA_PER_LINE("PersistencyUpdateImpl::updateFileProxy Uninstallation the app, "
-                                  "ucm delete the data directly"));
-      return 1;
-    }
-    fileStruct target;
-    fileStruct source;
-    filePathParser(fileProxy.uri, target);
-    filePathParser(fileProxy.contentUri, source);
-    if (fileProxy.updateStrategy == kKeepExisting) {
-      KeepExisting(target, source);
-    } else if (fileProxy.updateStrategy == kDelete) {
-      Delete(target);
-    } else {
-      OverWrite(target, source);
-    }
+    applyFile(fileProxy);
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("PersistencyUpdateImpl::updateFileProxy end"));
   return 0;
+}
+
+void PersistencyUpdateImpl::applyFile(const FileProxy& fileProxy) {
+  fileStruct target;
+  fileStruct source;
+  filePathParser(fileProxy.uri, target);
+  filePathParser(fileProxy.contentUri, source);
+  switch (fileProxy.updateStrategy) {
+    case kKeepExisting:
+      return KeepExisting(target, source);
+    case kDelete:
+      return Delete(target);
+    default:
+      return OverWrite(target, source);
+  }
 }
 
 int PersistencyUpdateImpl::updateKeyValueDb(EUpdateType type) {
@@ -229,38 +209,48 @@ int PersistencyUpdateImpl::updateKeyValueDb(EUpdateType type) {
   const bool ret = manifest_.getKeyValuePair(database);
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "PersistencyUpdateImpl::updateKeyValueDb type:%d ", static_cast<int>(type));
+  if (ret && type == EUpdateType::kUninstallation) {
+    log_->logPrint(LogLevel::kVerbose,
+                   ARA_PER_LINE("PersistencyUpdateImpl::updateKeyValueDb Uninstallation the app, "
+                                "ucm delete the data directly"));
+    return 1;
+  }
   if (ret) {
-    if (type == EUpdateType::kUninstallation) {
-      log_->logPrint(LogLevel::kVerbose,
-                     ARA_PER_LINE("PersistencyUpdateImpl::updateKeyValueDb Uninstallation the app, "
-                                  "ucm delete the data directly"));
-      return 1;
-    }
-    KeyValueStorage storage(database.uri);
-    if (database.updateStrategy == kDelete) {
-      storage.RemoveAllKeys();
-    }
-    // Intended: "overWrite" leaves the database as it is.
-    if (database.updateStrategy == kDelete || database.updateStrategy == kKeepExisting) {
-      applyItems(storage, database.keyValuePairs);
-    }
-    storage.SyncToStorage();
+    applyDatabase(database);
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("PersistencyUpdateImpl::updateKeyValueDb end"));
   return 0;
 }
 
+void PersistencyUpdateImpl::applyDatabase(const DatabaseInfo& database) {
+  KeyValueStorage storage(database.uri);
+  switch (database.updateStrategy) {
+    case kKeepExisting:
+      applyItems(storage, database.keyValuePairs);
+      break;
+    case kDelete:
+      storage.RemoveAllKeys();
+      applyItems(storage, database.keyValuePairs);
+      break;
+    default:  // Intended: "overWrite" applies nothing
+      break;
+  }
+  storage.SyncToStorage();
+}
+
 void PersistencyUpdateImpl::applyItems(KeyValueStorage& storage,
                                        const std::vector<keyValuePair>& items) {
   for (const keyValuePair& item : items) {
-    // Intended: "keepExisting" replaces a value that is there, as "overWrite" does.
-    if (item.updateStrategy == kOverWrite || item.updateStrategy == kKeepExisting) {
-      const bool isList = item.valueDataType.find("vector") != std::string::npos;
-      storage.SetValue(item.name, isList ? parserVectorData(item.valueDataType, item.initValue)
-                                         : parserData(item.valueDataType, item.initValue));
-    } else {
+    if (item.updateStrategy >= kDelete) {
       storage.RemoveKey(item.name);
+      continue;
     }
+    // Intended: "keepExisting" replaces a value that is there, as "overWrite" does, and so does an
+    // empty container, which is what a type without an extraction gives.
+    const bool isList = item.valueDataType.find("vector") != std::string::npos;
+    static_cast<void>(
+        storage.SetValue(item.name, isList ? parserVectorData(item.valueDataType, item.initValue)
+                                           : parserData(item.valueDataType, item.initValue)));
   }
 }
 
@@ -303,7 +293,7 @@ KvsType PersistencyUpdateImpl::parserVectorData(std::string dataType, std::strin
     if (pieces.empty()) {
       throw std::exception();
     }
-    result = element(pieces.front());
+    result = element(pieces.front());  // Intended: a list of one is a plain value
     for (std::size_t i = 1; i < pieces.size(); ++i) {
       result.AddArrayItem(element(pieces[i]));
     }

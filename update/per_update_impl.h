@@ -25,7 +25,7 @@ struct fileStruct {
 };
 
 /// The one update engine.
-class PersistencyUpdateImpl : public PersistencyUpdate {
+class PersistencyUpdateImpl final : public PersistencyUpdate {
  public:
   PersistencyUpdateImpl();
 
@@ -43,7 +43,8 @@ class PersistencyUpdateImpl : public PersistencyUpdate {
   int updateFileProxy(EUpdateType type);
   int updateKeyValueDb(EUpdateType type);
 
-  /// @return the pieces of `text` between the delimiters, without the empty ones
+  /// @return the pieces of `text` between the delimiters. Intended: empty ones are left out, and
+  ///     blanks stay
   std::vector<std::string> parserSplit(std::string text, char delimiter);
 
   /// Read an initial value, or a list of them, by the name of its type. Intended: numbers are not
@@ -54,6 +55,8 @@ class PersistencyUpdateImpl : public PersistencyUpdate {
   KvsType parserVectorData(std::string dataType, std::string value);
 
  private:
+  void applyFile(const FileProxy& fileProxy);
+  void applyDatabase(const DatabaseInfo& database);
   void applyItems(KeyValueStorage& storage, const std::vector<keyValuePair>& items);
 
   ManifestHelper manifest_;

@@ -15,7 +15,8 @@ namespace crc {
 /// A checked view of a run of bytes, which it does not own: the argument of the checksums of
 /// `crc::CRC`. A view that exists may be read, as long as the bytes live.
 ///
-/// Each failed check is also logged as a warning. A view is for one thread; any number of views may
+/// Each failed check is also logged as a warning. Intended: so is each view of a vector, also when
+/// nothing fails. A view is for one thread; any number of views may
 /// show the same bytes.
 class ARA_PER_EXPORT BufferView {
  public:
@@ -49,7 +50,8 @@ class ARA_PER_EXPORT BufferView {
 
   const unsigned char* data;
   unsigned long length;
-  // Intended: null in a view that was moved into existence; nothing reads it there.
+  // Intended: null in a view that was moved into existence, but taken along by an assignment;
+  // nothing reads it there.
   ara::per::LogExtend* log;
 };
 

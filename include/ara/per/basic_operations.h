@@ -12,21 +12,24 @@ namespace ara::per {
 ///
 /// An accessor reads and writes at one position of its own, which it sets before each operation;
 /// `peek` and `get` alone go by the position of the stream behind it. Its state are the flags of
-/// that stream, in the meaning of `std::ios` (ISO C++ [ios]): an operation on an accessor that is
-/// not `good()` does nothing, and no operation but `clear()` clears a flag.
+/// that stream, in the meaning of `std::ios` (ISO C++ [ios]). While `fail()`, nothing is read or
+/// written. With `eof()` alone, as after a `peek` at the end, reading at another position clears
+/// the flag and works. Intended: writing does neither, and what is written then is lost.
 ///
-/// Threads: an accessor takes no lock but in `write`. One thread may use it at a time, and the
-/// delayed synchronisation runs on a thread of its own beside it.
+/// Threads: an accessor takes no lock but in `write`. One thread may use it at a time. Intended:
+/// the delayed synchronisation runs on a thread of its own beside it without a guard; an
+/// application that goes on using the accessor meanwhile may leave it broken. Switch the delay off,
+/// or call `fsync` before the delay ends.
 class ARA_PER_EXPORT BasicOperations {
  public:
   /// How a file is opened, as `std::ios_base::openmode`; combine with `|`.
   enum class OpenMode : std::uint8_t {
-    app = 0x01,     ///< each write goes to the end
+    app = 0x01,     ///< each write goes to the end; a missing file is made
     binary = 0x02,  ///< without a meaning on this platform
-    in = 0x04,      ///< for reading; the file must exist
-    out = 0x08,     ///< for writing; alone it empties the file, and makes it when it is missing
-    trunc = 0x10,   ///< the file is emptied; needs `out`
-    ate = 0x20,     ///< the position starts at the end
+    in = 0x04,      ///< for reading; the file must exist, unless `app` or `trunc` makes it
+    out = 0x08,     ///< for writing; without `in` and `app` it empties the file, or makes it
+    trunc = 0x10,   ///< the file is emptied, or made; needs `out`
+    ate = 0x20,     ///< the position starts at the end; needs `in` or `out`
   };
 
   /// Intended: numbered otherwise than `std::ios_base::seekdir`.
@@ -36,10 +39,10 @@ class ARA_PER_EXPORT BasicOperations {
     cur = 2,
   };
 
-  virtual ~BasicOperations() = default;
+  virtual ~BasicOperations();
 
   /// @return the position in bytes from the front. Intended: the size of the file when its end was
-  ///     met or the position is -1, and -1 when the file cannot be opened then
+  ///     met or the position is -1; the position after all when the file cannot be opened then
   virtual std::streampos tell() = 0;
 
   /// Sets the position without a look at the file: a position beyond the end shows at the next

@@ -19,7 +19,7 @@ namespace ara::per {
 /// A factory has no state that changes; it may be used by several threads.
 class ARA_PER_EXPORT FileProxyAccessorFactory {
  public:
-  virtual ~FileProxyAccessorFactory() = default;
+  virtual ~FileProxyAccessorFactory();
 
   /// @return the names of the regular files, in the order of the directory; none when it cannot be
   ///     read. Intended: links are left out, and the directory stays open in the process
@@ -33,8 +33,12 @@ class ARA_PER_EXPORT FileProxyAccessorFactory {
   virtual bool HasKey(const std::string& key) = 0;
 
   /// Open the key's file; `mode` is used as it is for each of them, the kind of access only chooses
-  /// what the caller may call. With redundancy configured and another checksum than the
-  /// configuration's, what the redundant copy holds is written behind what the file holds.
+  /// what the caller may call.
+  ///
+  /// Intended: with redundancy configured the file is checked at once, which leaves the position of
+  /// one that is not empty at its end, so that `seek` must come before reading. When its checksum
+  /// is not the configuration's, what the redundant copy holds is written behind what the file
+  /// holds; a `mode` that empties files, such as `out` alone, empties the copy, too.
   /// @return an accessor, never null; one that is not `good()` when the file could not be opened
   /// @throws std::bad_alloc
   virtual std::unique_ptr<ReadWriteAccessor> CreateRWAccess(const std::string& key,

@@ -11,10 +11,12 @@ namespace ara::per {
 
 /// Reads a file of a file proxy. Made by `FileProxyAccessorFactory`.
 ///
-/// An operation that meets the end of the file sets `eof()`. The position is then -1, so that
-/// reading on needs `clear()` and `seek`.
+/// An operation that meets the end of the file sets `eof()`. The position is then -1, but for
+/// `peek` and `get`, so that reading on needs `clear()` and `seek`.
 class ARA_PER_EXPORT ReadAccessor : virtual public BasicOperations {
  public:
+  ~ReadAccessor() override;
+
   /// Intended: it goes by the position of the stream, not by that of the accessor, and moves
   /// neither.
   /// @return the next character as an unsigned number, or -1 at the end and in a failed state
@@ -41,6 +43,8 @@ class ARA_PER_EXPORT ReadAccessor : virtual public BasicOperations {
   /// and the end was met.
   virtual ReadAccessor& operator>>(std::string& s) = 0;
 
+  /// Intended: it brings the stream to the position of the accessor, and so changes what `peek` and
+  /// `get` give.
   /// @return the size of the file in bytes, its low 32 bits. Intended: 0 in any state that is not
   ///     `good()`
   virtual std::uint32_t fileSize() = 0;

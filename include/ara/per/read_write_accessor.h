@@ -8,7 +8,10 @@
 namespace ara::per {
 
 /// Reads and writes a file of a file proxy, both at the one position of the accessor.
-class ARA_PER_EXPORT ReadWriteAccessor : public ReadAccessor, public WriteAccessor {};
+class ARA_PER_EXPORT ReadWriteAccessor : public ReadAccessor, public WriteAccessor {
+ public:
+  ~ReadWriteAccessor() override;
+};
 
 }  // namespace ara::per
 

@@ -10,10 +10,13 @@ namespace ara::per {
 
 /// Writes a file of a file proxy. Made by `FileProxyAccessorFactory`.
 ///
-/// What was written reaches the file with `flush`, `fsync`, or the end of the accessor, and the
-/// disk with `fsync`, or `updateTime` milliseconds after the first `write` of a burst.
+/// What was written reaches the file with `flush` or the end of the accessor. What `write` has
+/// written reaches the disk with `fsync`, or `updateTime` milliseconds after the first `write` of a
+/// burst. Intended: any accessor or database of the process can silence that delay.
 class ARA_PER_EXPORT WriteAccessor : virtual public BasicOperations {
  public:
+  ~WriteAccessor() override;
+
   /// Makes the data of `write` durable and waits for the disk; without any since the last time it
   /// does nothing.
   ///
@@ -27,8 +30,9 @@ class ARA_PER_EXPORT WriteAccessor : virtual public BasicOperations {
   /// Writes `n` bytes at the position, moves it behind them, and arms the delayed synchronisation
   /// when none is pending. Of all accessors of the process one writes at a time.
   ///
-  /// Intended: in a failed state that is not `bad()` nothing is written, and the result is a
-  /// difference of positions all the same.
+  /// Intended: the result is a difference of positions and not a count. With `app` that is not the
+  /// number of bytes; in a state that is not `good()` and not `bad()` nothing is written, also with
+  /// `eof()` alone, and the change counts all the same.
   /// @param buf  `n` bytes
   /// @return the number of bytes, but see above; -1 for a null `buf` or an `n` of 0; 0 when the
   ///     stream is `bad()`
