@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "ara/per/log_extend.h"
-#include "crc/crc_table.h"
+#include "crc/crc_profile.h"
 #include "support/log_here.h"
 
 namespace crc {

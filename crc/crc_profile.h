@@ -1,5 +1,5 @@
-#ifndef CRC_CRC_TABLE_H_
-#define CRC_CRC_TABLE_H_
+#ifndef CRC_CRC_PROFILE_H_
+#define CRC_CRC_PROFILE_H_
 
 #include <endian.h>
 
@@ -143,8 +143,9 @@ struct Profile {
     }
     for (; length >= 2 * kWord; length -= 2 * kWord, data += 2 * kWord) {
       const std::uint64_t word = LoadLittleEndian(data) ^ OutgoingBytes<kShift>(value);
-      value = static_cast<Register>(LookUp(&kNear[0], LoadLittleEndian(data + kWord)) ^
-                                    LookUp(&kNear[kWord], word));
+      Register behind = LookUp(&kNear[0], LoadLittleEndian(data + kWord));
+      asm("" : "+r"(behind));  // not to be mixed with the sum below, which waits for the register
+      value = static_cast<Register>(behind ^ LookUp(&kNear[kWord], word));
     }
     for (; length > 0; --length, ++data) {
       value = Feed<kShift>(kTable, value, *data);
@@ -198,4 +199,4 @@ using Crc64 = Profile<lookupTableCrc64, Shift::kRight, 0xFFFFFFFFFFFFFFFF>;
 
 }  // namespace crc
 
-#endif  // CRC_CRC_TABLE_H_
+#endif  // CRC_CRC_PROFILE_H_

@@ -169,11 +169,15 @@ long ReadWriteAccessorImpl::read(char* buf, unsigned long n) {
   if (buf == nullptr || n == 0) {
     return -1;
   }
-  stream.seekg(pos);
   const std::streampos start = pos;
-  const std::uint32_t size = fileSize();
+  if (pos < 0) {
+    stream.seekg(pos);
+  } else {
+    stream.clear(stream.rdstate() & ~std::ios_base::eofbit);  // measuring goes to the position, too
+  }
+  const std::uint32_t size = measure(0);
   stream.read(buf, static_cast<std::streamsize>(n));
-  pos = stream.tellg();
+  pos = stream.good() ? start + stream.gcount() : stream.tellg();
   // Intended: not what the stream has counted.
   const std::uint32_t end = stream.eof() ? size : LowBits(pos);
   const auto length = static_cast<std::int32_t>(end - LowBits(start));
@@ -199,11 +203,17 @@ ReadAccessor& ReadWriteAccessorImpl::operator>>(std::string& s) {
   return *this;
 }
 
-std::uint32_t ReadWriteAccessorImpl::fileSize() {
+std::uint32_t ReadWriteAccessorImpl::fileSize() { return measure(LowBits(-1)); }
+
+std::uint32_t ReadWriteAccessorImpl::measure(std::uint32_t unseekable) {
   std::uint32_t size = 0;
   if (stream.good()) {
-    stream.seekg(0, std::ios_base::end);
-    size = LowBits(stream.tellg());
+    const std::streamoff end = stream.rdbuf()->pubseekoff(0, std::ios_base::end);
+    size = LowBits(end);
+    if (end < 0) {
+      stream.setstate(std::ios_base::failbit);
+      size = unseekable;
+    }
     stream.seekg(pos, std::ios_base::beg);
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ReadWriteAccessorImpl::fileSize = %d, pos=%d",

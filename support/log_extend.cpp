@@ -50,11 +50,11 @@ class LineBuffer {
     end_ += count;
   }
 
-  void appendString(const char* text) {
+  void appendString(const char* text, std::size_t precision = kSize) {
     if (text == nullptr) {
       text = "(null)";
     }
-    append({text, ::strnlen(text, room())});
+    append({text, ::strnlen(text, std::min(precision, room()))});
   }
 
   template <class Number>
@@ -62,8 +62,8 @@ class LineBuffer {
     end_ = std::min(WriteNumber(end_, value), limit());
   }
 
-  /// `%s`, `%d`, `%u` and `%f`, which nearly every line is made of, are written here; from the
-  /// first other conversion on the rest of the format is `vsnprintf`'s.
+  /// `%s`, `%.*s`, `%d`, `%u` and `%f`, which nearly every line is made of, are written here; from
+  /// the first other conversion on the rest of the format is `vsnprintf`'s.
   void appendFormatted(const char* format, std::va_list arguments) {
     while (true) {
       const char* const percent = ::strchrnul(format, '%');
@@ -84,9 +84,17 @@ class LineBuffer {
         case 'f':
           appendNumber(va_arg(arguments, double));
           break;
-        default:
-          appendRest(percent, arguments);
-          return;
+        default: {
+          if (std::strncmp(percent, "%.*s", 4) != 0) {
+            appendRest(percent, arguments);
+            return;
+          }
+          // A negative precision counts as none, here by becoming a large number.
+          const auto precision = static_cast<std::size_t>(va_arg(arguments, int));
+          appendString(va_arg(arguments, const char*), precision);
+          format = percent + 4;
+          continue;
+        }
       }
       format = percent + 2;
     }
