@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -25,7 +26,9 @@ constexpr benchmark::IterationCount kQuickRepetitions = 3;
 struct Benchmark {
   const char* name;
   void (*run)(benchmark::State& state);
-  std::size_t sizes;  // how many of `kSizes` it runs with; 0: it has no size
+  std::size_t count;  // how many of `sizes` it runs with; 0: it has no size
+  const std::int64_t* sizes = kSizes.data();
+  benchmark::IterationCount most = 101;  // repetitions
 };
 
 constexpr std::array kBenchmarks = {
@@ -44,6 +47,16 @@ constexpr std::array kBenchmarks = {
     Benchmark{"MemoryOpening", BM_MemoryOpening, 4},
     Benchmark{"Remove", BM_Remove, 4},
     Benchmark{"RemoveFromList", BM_RemoveFromList, 2},
+    Benchmark{"Crc8", BM_Crc8, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"Crc8H2F", BM_Crc8H2F, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"Crc16", BM_Crc16, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"Crc32", BM_Crc32, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"Crc32P4", BM_Crc32P4, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"Crc64", BM_Crc64, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"Crc32ByZlib", BM_Crc32ByZlib, kPieceSizes.size(), kPieceSizes.data()},
+    Benchmark{"WriteBlocks", BM_WriteBlocks, 0},
+    Benchmark{"ReadBlocks", BM_ReadBlocks, 0},
+    Benchmark{"Manifest", BM_Manifest, 0, nullptr, 15},
 };
 
 // Small sizes need more of them for a steady median, and the largest has no time for many.
@@ -53,15 +66,16 @@ void Register(bool quick) {
   for (const Benchmark& one : kBenchmarks) {
     const bool isMemory = std::string(one.name).rfind("Memory", 0) == 0;
     const auto repetitions = [&](std::size_t place) {
-      const benchmark::IterationCount usual = quick ? kQuickRepetitions : kRepetitions[place];
+      const benchmark::IterationCount usual =
+          quick ? kQuickRepetitions : std::min(kRepetitions[place], one.most);
       return isMemory ? 1 : usual;
     };
-    if (one.sizes == 0) {
+    if (one.count == 0) {
       benchmark::RegisterBenchmark(one.name, one.run)->Iterations(repetitions(0))->UseManualTime();
     }
-    for (std::size_t i = 0; i < (quick ? std::min(one.sizes, kQuickSizes) : one.sizes); ++i) {
+    for (std::size_t i = 0; i < (quick ? std::min(one.count, kQuickSizes) : one.count); ++i) {
       benchmark::RegisterBenchmark(one.name, one.run)
-          ->Arg(kSizes[i])
+          ->Arg(one.sizes[i])
           ->Iterations(repetitions(i))
           ->UseManualTime();
     }
@@ -90,6 +104,7 @@ class TableReporter : public benchmark::BenchmarkReporter {
 
   bool ReportContext(const Context&) override {
     print("times in ns a call or an item: medians of runs in turn; memory in bytes an item");
+    print("sizes in items; those of checksums in bytes, so that GB/s is size by time");
     std::fprintf(file_, "%-44s %9s %10s %10s %7s %6s  %s\n", "what / against what", "size", "ours",
                  "theirs", "ratio", "goal", "met");
     return true;

@@ -14,6 +14,9 @@ namespace ara::per::bench {
 /// Numbers of items that the storage is measured with.
 inline constexpr std::array<std::int64_t, 4> kSizes = {1000, 10000, 100000, 1000000};
 
+/// Bytes of the pieces that the checksums are measured with.
+inline constexpr std::array<std::int64_t, 3> kPieceSizes = {64, 4 << 10, 1 << 20};
+
 /// The most that is wanted at each of `kSizes`; 0 where nothing is wanted.
 using Goals = std::array<double, kSizes.size()>;
 
@@ -44,7 +47,8 @@ inline Row RowOf(const benchmark::BenchmarkReporter::Run& run) {
   return {run.report_label, cell("ours"), cell("theirs"), cell("judged"), cell("goal")};
 }
 
-// The benchmarks by what they measure. The argument of the storage's is the number of items.
+// The benchmarks by what they measure. The argument of the storage's is the number of items,
+// that of the checksums' the size of a piece.
 void BM_MemoryHeld(benchmark::State& state);
 void BM_MemorySaving(benchmark::State& state);
 void BM_MemoryOpening(benchmark::State& state);
@@ -60,6 +64,16 @@ void BM_Compose(benchmark::State& state);
 void BM_Open(benchmark::State& state);
 void BM_Remove(benchmark::State& state);
 void BM_RemoveFromList(benchmark::State& state);
+void BM_Crc8(benchmark::State& state);
+void BM_Crc8H2F(benchmark::State& state);
+void BM_Crc16(benchmark::State& state);
+void BM_Crc32(benchmark::State& state);
+void BM_Crc32P4(benchmark::State& state);
+void BM_Crc64(benchmark::State& state);
+void BM_Crc32ByZlib(benchmark::State& state);
+void BM_WriteBlocks(benchmark::State& state);
+void BM_ReadBlocks(benchmark::State& state);
+void BM_Manifest(benchmark::State& state);
 
 }  // namespace ara::per::bench
 

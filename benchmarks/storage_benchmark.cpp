@@ -8,7 +8,6 @@
 #include <limits>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
@@ -30,12 +29,6 @@ constexpr Goals kRemoveGoals = {2, 2, 2, 2};
 
 constexpr char kNoFile[] = "absent.json";
 constexpr char kNoDisk[] = "/dev/null";
-
-void Demand(bool isDone, const char* failure) {
-  if (!isDone) {
-    throw std::runtime_error(failure);
-  }
-}
 
 /// A part of a row of items.
 struct Items {

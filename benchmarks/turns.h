@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <ctime>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -22,6 +23,13 @@
 #include "benchmarks/row.h"
 
 namespace ara::per::bench {
+
+/// Ends the repetition, and so the benchmark, when the work was not done.
+inline void Demand(bool isDone, const char* failure) {
+  if (!isDone) {
+    throw std::runtime_error(failure);
+  }
+}
 
 /// Seconds that pass by while `work` runs.
 template <class Work>
