@@ -1,10 +1,5 @@
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -12,6 +7,7 @@
 
 #include "ara/per/key_value_storage.h"
 #include "tests/support/database_test.h"
+#include "tests/support/redundant_file.h"
 
 namespace ara::per::testing {
 namespace {
@@ -33,30 +29,13 @@ std::string FileOf(const std::string& items) {
   return text + "]";
 }
 
-/// Creates the compiled-in file of the redundant copies and removes what it has created. Other
-/// processes that run these tests wait.
 class RedundancyTest : public DatabaseTest {
  protected:
   void SetUp() override {
-    ::flock(lock_, LOCK_EX);
-    std::filesystem::path first = kRedundantFile;  // that does not exist yet
-    while (!std::filesystem::exists(first.parent_path())) {
-      first = first.parent_path();
+    if (!redundant_.isOurs()) {
+      GTEST_SKIP() << kRedundantFile << " is not the tests' own or cannot be created";
     }
-    if (std::filesystem::exists(first)) {
-      GTEST_SKIP() << kRedundantFile << " does not belong to the tests";
-    }
-    created_ = first;
-    std::filesystem::create_directories(ARA_PER_REDUNDANT_DIR, ignored_);
     WriteFile(kRedundantFile, "[]");
-    if (!std::filesystem::exists(kRedundantFile)) {
-      GTEST_SKIP() << kRedundantFile << " cannot be created";
-    }
-  }
-
-  void TearDown() override {
-    std::filesystem::remove_all(created_, ignored_);
-    ::close(lock_);
   }
 
   /// Sets "b". @return whether the database believes that a delay lasts
@@ -67,9 +46,7 @@ class RedundancyTest : public DatabaseTest {
   }
 
  private:
-  const int lock_ = ::open(std::filesystem::temp_directory_path().c_str(), O_RDONLY | O_CLOEXEC);
-  std::filesystem::path created_;
-  std::error_code ignored_;
+  const RedundantFile redundant_{kRedundantFile};
 };
 
 TEST_F(RedundancyTest, ItemsSurviveWhereTheKeysOfBothFilesAgreeByPosition) {

@@ -1,0 +1,52 @@
+#ifndef TESTS_SUPPORT_REDUNDANT_FILE_H_
+#define TESTS_SUPPORT_REDUNDANT_FILE_H_
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace ara::per::testing {
+
+/// Creates a file in the compiled-in directory of the redundant copies and removes in the end what
+/// it has created. Other processes that do the same wait.
+class RedundantFile {
+ public:
+  explicit RedundantFile(std::filesystem::path path) {
+    ::flock(lock_, LOCK_EX);
+    const std::filesystem::path directory = path.parent_path();
+    std::filesystem::path first = path;  // that does not exist yet
+    while (!std::filesystem::exists(first.parent_path())) {
+      first = first.parent_path();
+    }
+    if (!std::filesystem::exists(first)) {
+      created_ = first;
+      std::filesystem::create_directories(directory, ignored_);
+      isOurs_ = std::ofstream(path).is_open();
+    }
+  }
+
+  ~RedundantFile() {
+    std::filesystem::remove_all(created_, ignored_);
+    ::close(lock_);
+  }
+
+  RedundantFile(const RedundantFile&) = delete;
+  RedundantFile& operator=(const RedundantFile&) = delete;
+
+  /// @return whether it could be created and was not there before
+  bool isOurs() const { return isOurs_; }
+
+ private:
+  const int lock_ = ::open(std::filesystem::temp_directory_path().c_str(), O_RDONLY | O_CLOEXEC);
+  std::filesystem::path created_;
+  std::error_code ignored_;
+  bool isOurs_ = false;
+};
+
+}  // namespace ara::per::testing
+
+#endif  // TESTS_SUPPORT_REDUNDANT_FILE_H_
