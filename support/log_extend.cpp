@@ -84,17 +84,18 @@ class LineBuffer {
         case 'f':
           appendNumber(va_arg(arguments, double));
           break;
-        default: {
-          if (std::strncmp(percent, "%.*s", 4) != 0) {
-            appendRest(percent, arguments);
-            return;
+        case '.':
+          if (percent[2] == '*' && percent[3] == 's') {
+            // A negative precision, which is none, becomes a large number.
+            const auto precision = static_cast<std::size_t>(va_arg(arguments, int));
+            appendString(va_arg(arguments, const char*), precision);
+            format = percent + 4;
+            continue;
           }
-          // A negative precision counts as none, here by becoming a large number.
-          const auto precision = static_cast<std::size_t>(va_arg(arguments, int));
-          appendString(va_arg(arguments, const char*), precision);
-          format = percent + 4;
-          continue;
-        }
+          [[fallthrough]];
+        default:
+          appendRest(percent, arguments);
+          return;
       }
       format = percent + 2;
     }

@@ -52,6 +52,9 @@ TEST_F(LogExtendTest, FormatsReadAsPrintfWritesThem) {
   ExpectLines("4PERSISTENCY:(null),%d,-5,4294967295,-5000000000\n");
   log_->logPrint(LogLevel::kInfo, kPlace, "%d%% %5d|%-4s|%04x %d", 5, 42, "ab", 255U, 6);
   ExpectLines("4PERSISTENCY:5%    42|ab  |00ff 6\n");
+  log_->logPrint(LogLevel::kInfo, kPlace, "%.*s|%.*s|%.*s%d|%.1s|%d", 2, "abc", 9, "de", -1, "f", 7,
+                 "gh", 8);
+  ExpectLines("4PERSISTENCY:ab|de|f7|g|8\n");
   for (const double value : {0.5, 1.0000005, 1e22, 1.7e308, 5e-324, HUGE_VAL, std::nan("")}) {
     std::array<char, 800> expected{};
     std::snprintf(expected.data(), expected.size(), "4PERSISTENCY:%f %f\n", value, -value);
