@@ -195,7 +195,7 @@ TEST_F(UpdateTest, MemberOfAnotherClassIsReadAsATextOrLeftOut) {
       const std::string expected = Replaced(c[i + (isMissing ? 1 : 2)], "$", text);
       EXPECT_EQ(std::to_string(result) + "," + Replaced(Stored(), " ", ",") +
                     Replaced(out_.Take(), "the json type is invalid\n", "!"),
-                Replaced(expected, "#", std::to_string(std::atoi(text.c_str()))));
+                Replaced(expected, "#", std::to_string(std::strtol(text.c_str(), nullptr, 10))));
     }
   }
 }

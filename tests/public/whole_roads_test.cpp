@@ -227,11 +227,13 @@ class DelayedRoadsTest : public DatabaseTest {
 };
 
 TEST_F(DelayedRoadsTest, AccessorThatIsArmedLastOrSynchronisedSilencesTheDatabase) {
-  for (const bool isDelayed : {true, false}) {
-    SCOPED_TRACE(isDelayed);
+  for (const bool isArmedLast : {true, false}) {
+    SCOPED_TRACE(isArmedLast);
+    auto accessor = Write(400);
     const auto database = Change(400);
-    const auto accessor = Write(isDelayed ? 1 : 400);
-    if (!isDelayed) {
+    if (isArmedLast) {
+      accessor = Write(1);
+    } else {
       accessor->fsync();
     }
     EXPECT_TRUE(Synchronised());
