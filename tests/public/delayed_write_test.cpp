@@ -1,13 +1,9 @@
-#include <cerrno>
-#include <condition_variable>
 #include <cstddef>
 #include <ctime>
 #include <filesystem>
 #include <future>
-#include <mutex>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -17,63 +13,7 @@
 #include "ara/log/sink.h"
 #include "ara/per/key_value_storage.h"
 #include "tests/support/database_test.h"
-
-namespace ara::per::testing {
-namespace {
-
-/// Stands before the C library's `nanosleep`: while it is held, the delays of the process end when
-/// the test says so and not by the clock.
-class Delays {
- public:
-  static Delays& OfTheProcess() {
-    static Delays& delays = *new Delays;  // sleeping threads outlive everything else
-    return delays;
-  }
-
-  void Hold(bool held) {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    held_ = held;
-    asked_.clear();
-    ended_ = 0;
-    changed_.notify_all();
-  }
-
-  int Sleep(const timespec& time, timespec* rest) {
-    std::unique_lock<std::mutex> guard(mutex_);
-    if (!held_) {
-      guard.unlock();
-      errno = ::clock_nanosleep(CLOCK_REALTIME, 0, &time, rest);
-      return errno == 0 ? 0 : -1;
-    }
-    asked_.push_back(static_cast<long>(time.tv_sec) * 1000 + time.tv_nsec / 1000000);
-    const std::size_t number = asked_.size();
-    changed_.wait(guard, [&] { return !held_ || ended_ >= number; });
-    return 0;
-  }
-
-  /// The delays so far, in milliseconds.
-  std::vector<long> Asked() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    return asked_;
-  }
-
-  /// Ends the oldest delay that still lasts.
-  void EndOne() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    ++ended_;
-    changed_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool held_ = false;
-  std::vector<long> asked_;
-  std::size_t ended_ = 0;
-};
-
-}  // namespace
-}  // namespace ara::per::testing
+#include "tests/support/delays.h"
 
 extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec* time,
                                                                 timespec* rest) {
@@ -88,14 +28,6 @@ using ::testing::EndsWith;
 
 constexpr char kOneItem[] = R"([{"key":"a","type":"sint32","value":1}])";
 constexpr char kCalled[] = "timer is called\n";
-
-// A sanitizer's own thread starts with the first one of the process and must not be counted later.
-const bool kThreadStarted = (std::thread([] {}).join(), true);
-
-std::ptrdiff_t ThreadCount() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
-}
 
 class DelayedWriteTest : public DatabaseTest {
  protected:

@@ -65,8 +65,8 @@ std::string Do(ReadWriteAccessor& file, const std::string& step) {
   const auto seek = [&](Direction from) { return file.seek(number(), from), ""; };
   const auto read = [&] {
     std::string bytes(static_cast<std::size_t>(number()), '\0');
-    return std::to_string(file.read(bytes.data(), bytes.size())) + ":" +
-           bytes.substr(0, bytes.find('\0'));
+    const long length = file.read(bytes.data(), bytes.size());
+    return std::to_string(length) + ":" + bytes.substr(0, bytes.find('\0'));
   };
   const auto manipulate = [](WriteAccessor& same) -> WriteAccessor& { return same << "m"; };
   const std::map<std::string, std::function<std::string()>> operations = {

@@ -15,6 +15,7 @@
 #include "ara/per/key_value_storage.h"
 #include "ara/per/per_update.h"
 #include "tests/support/database_test.h"
+#include "tests/support/delays.h"
 #include "tests/support/thrown.h"
 
 namespace ara::per::testing {
@@ -193,47 +194,64 @@ TEST_F(WholeRoadsTest, EmptyListInAManifestLeavesTheDatabaseOnDiskAsItWas) {
   }
 }
 
-std::ptrdiff_t ThreadCount() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
-}
-
 class DelayedRoadsTest : public DatabaseTest {
  protected:
-  /// Opens the file "data" with delayed synchronisation and writes to it.
-  std::unique_ptr<ReadWriteAccessor> Write(unsigned int delay) {
-    WriteConfig(false, 0, delay);
+  DelayedRoadsTest() {
+    WriteConfig(false, 0, 50);
+    delays_.Hold(true);
+  }
+
+  ~DelayedRoadsTest() override { delays_.Hold(false); }
+
+  /// Opens the file "data" and writes to it.
+  std::unique_ptr<ReadWriteAccessor> Write() {
     auto accessor =
         CreateFileAccessorFactory(".")->CreateRWAccess("data", BasicOperations::OpenMode::out);
     accessor->write("x", 1);
+    AwaitDelay();
     return accessor;
   }
 
-  /// Opens the database "db" with delayed writes and changes it.
-  std::unique_ptr<KeyValueStorage> Change(unsigned int delay) {
-    WriteConfig(false, 0, delay);
+  /// Opens the database "db" and changes it.
+  std::unique_ptr<KeyValueStorage> Change() {
     auto database = CreateKeyValueStorage("db");
     database->SetValue<int>("a", 1);
+    AwaitDelay();
     return database;
   }
 
-  /// Waits until all delays have ended. @return whether the accessor was synchronised
+  /// Ends the delays in their order. @return whether the accessor was synchronised
   bool Synchronised() {
+    for (; armed_ > 0; --armed_) {
+      const std::ptrdiff_t before = ThreadCount();
+      delays_.EndOne();
+      EXPECT_TRUE(WaitUntil([&] { return ThreadCount() < before; }));
+    }
+    delays_.Hold(false);
     EXPECT_TRUE(WaitUntil([this] { return ThreadCount() <= threads_; }));
+    delays_.Hold(true);
     return log_.Has(6, "ReadWriteAccessorImpl::fsync end.");
   }
 
+ private:
+  /// Waits until the delay that was just armed has begun.
+  void AwaitDelay() {
+    ++armed_;
+    EXPECT_TRUE(WaitUntil([this] { return delays_.Asked().size() >= armed_; }));
+  }
+
+  Delays& delays_ = Delays::OfTheProcess();
+  std::size_t armed_ = 0;
   const std::ptrdiff_t threads_ = ThreadCount();
 };
 
 TEST_F(DelayedRoadsTest, AccessorThatIsArmedLastOrSynchronisedSilencesTheDatabase) {
   for (const bool isArmedLast : {true, false}) {
     SCOPED_TRACE(isArmedLast);
-    auto accessor = Write(400);
-    const auto database = Change(400);
-    if (isArmedLast) {
-      accessor = Write(1);
-    } else {
+    const auto accessor = Write();
+    const auto database = Change();
+    const auto last = isArmedLast ? Write() : nullptr;
+    if (!isArmedLast) {
       accessor->fsync();
     }
     EXPECT_TRUE(Synchronised());
@@ -243,16 +261,16 @@ TEST_F(DelayedRoadsTest, AccessorThatIsArmedLastOrSynchronisedSilencesTheDatabas
 }
 
 TEST_F(DelayedRoadsTest, DatabaseThatIsArmedLastTakesTheCallOfTheAccessor) {
-  const auto accessor = Write(300);
-  const auto database = Change(900);
+  const auto accessor = Write();
+  const auto database = Change();
   EXPECT_FALSE(Synchronised());
   EXPECT_EQ(out_.Take(), "timer is called but the data is invalid\ntimer is called\n");
   EXPECT_EQ(ReadFile("db"), R"([{"key":"a","type":"sint32","value":1}])");
 }
 
 TEST_F(DelayedRoadsTest, InstallerSilencesTheApplicationWhichOverwritesItWithItsNextSave) {
-  const auto accessor = Write(1500);
-  const auto database = Change(1500);
+  const auto accessor = Write();
+  const auto database = Change();
   Install("b|sint32|2;");
   log_.Clear();
   EXPECT_FALSE(Synchronised());
