@@ -1,6 +1,5 @@
-#include <poll.h>
-
 #include <atomic>
+#include <cstddef>
 #include <ctime>
 #include <memory>
 #include <optional>
@@ -9,19 +8,13 @@
 
 #include "support/timercpp.h"
 #include "tests/support/database_test.h"
+#include "tests/support/delays.h"
 
-static std::atomic<int> sleepsBegun = 0;
-
-/// Stands before the C library's function.
 extern "C" int nanosleep(const timespec* wanted, timespec* rest) {
-  ++sleepsBegun;
-  return ::clock_nanosleep(CLOCK_REALTIME, 0, wanted, rest);
+  return ara::per::testing::Delays::OfTheProcess().Sleep(*wanted, rest);
 }
 
 namespace ara::per::testing {
-
-constexpr int kShort = 30;   // milliseconds
-constexpr int kLater = 120;  // by then a short delay is over
 
 static std::atomic<int> calls = 0;  // of each, a digit for the function and one for the data
 static int one = 1;
@@ -34,19 +27,36 @@ void Call(void* data) {
 
 class TimerTest : public ::testing::Test {
  protected:
-  TimerTest() { calls = 0; }
-
-  static void ExpectCalls(int expected) {
-    EXPECT_TRUE(WaitUntil([&] { return calls == expected; })) << calls;
+  TimerTest() {
+    calls = 0;
+    delays_.Hold(true);
   }
+
+  ~TimerTest() override { delays_.Hold(false); }
 
   /// The thread has passed its first look at the flag when this returns.
-  static void ArmUntilAsleep(Timer& timer) {
-    const int before = sleepsBegun;
-    timer.setTimeout(Call<1>, &one, kShort);
-    EXPECT_TRUE(WaitUntil([&] { return sleepsBegun != before; }));
+  void ArmUntilAsleep(Timer& timer, const std::shared_ptr<int>& owner = nullptr) {
+    const std::size_t before = delays_.Asked().size();
+    timer.setTimeout(Call<1>, &one, 30, owner);
+    EXPECT_TRUE(WaitUntil([&] { return delays_.Asked().size() > before; }));
   }
 
+  /// Ends so many delays, the oldest first, and waits for all threads that do not sleep.
+  void ExpectCallsAfter(std::size_t delays, int expected) {
+    for (std::size_t i = 0; i < delays; ++i) {
+      delays_.EndOne();
+      ++ended_;
+    }
+    EXPECT_TRUE(WaitUntil([this] {
+      const auto sleeping = static_cast<std::ptrdiff_t>(delays_.Asked().size() - ended_);
+      return ThreadCount() <= threads_ + sleeping;
+    }));
+    EXPECT_EQ(calls, expected);
+  }
+
+  Delays& delays_ = Delays::OfTheProcess();
+  const std::ptrdiff_t threads_ = ThreadCount();
+  std::size_t ended_ = 0;
   Timer timer_, other_;
 };
 
@@ -55,31 +65,32 @@ TEST_F(TimerTest, ThreadsAreSilencedByStopOrEndOfTheirTimerAndByTheEndOfTheOwner
   auto owner = std::make_shared<int>();
   Timer owned;
   owned.setTimeout(Call<1>, &one, -1500, owner);  // at once
-  ExpectCalls(11);
-  owned.setTimeout(Call<1>, &one, kShort, owner);
+  ExpectCallsAfter(0, 11);
+  ArmUntilAsleep(owned, owner);
   ArmUntilAsleep(timer_);
   ArmUntilAsleep(*ending);
   timer_.stop();
   ending.reset();
   owner.reset();
-  other_.setTimeout(Call<2>, &two, kLater);
-  ExpectCalls(1122);
+  other_.setTimeout(Call<2>, &two, 0);
+  ExpectCallsAfter(3, 1122);
 }
 
 TEST_F(TimerTest, StopSilencesOtherTimersAndArmingOrClearingRevivesForTheLastFunction) {
   ArmUntilAsleep(timer_);
   other_.stop();
-  ::poll(nullptr, 0, kLater);
-  ExpectCalls(0);
+  ExpectCallsAfter(1, 0);
   ArmUntilAsleep(timer_);
   timer_.stop();
   timer_.setTimeout(Call<2>, &two, 0);
-  ExpectCalls(2221);
+  ExpectCallsAfter(0, 22);
+  ExpectCallsAfter(1, 2221);
   ArmUntilAsleep(timer_);
   timer_.stop();
   timer_.clearStopped();
   other_.setTimeout(Call<3>, &two, 0);
-  ExpectCalls(22213231);
+  ExpectCallsAfter(0, 222132);
+  ExpectCallsAfter(1, 22213231);
 }
 
 }  // namespace ara::per::testing
