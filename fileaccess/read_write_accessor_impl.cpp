@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <limits>
 #include <mutex>
 
 #include "crc/crc.h"
@@ -74,8 +75,10 @@ ReadWriteAccessorImpl::~ReadWriteAccessorImpl() {
 void ReadWriteAccessorImpl::init(const std::string& path) {
   ManifestHelper manifest;
   if (::access(path.c_str(), F_OK) == 0 && manifest.initInfo(path, ConfigKind::kDataConfig)) {
+    // Intended: 0 for the delay when the file does not parse, where a database does the same.
     manifest.getDatabaseConfig(config_);
   } else {
+    // Intended: also for a file that is refused, where a database has 6000 ms for its delay.
     config_ = kDefaultConfig;
   }
 }
@@ -169,15 +172,21 @@ long ReadWriteAccessorImpl::read(char* buf, unsigned long n) {
   if (buf == nullptr || n == 0) {
     return -1;
   }
-  const std::streampos start = pos;
-  if (pos < 0) {
-    stream.seekg(pos);
-  } else {
+  const std::streamoff start = pos;
+  // Up to there no file refuses to be moved, and two system calls can be saved.
+  const bool isNear = 0 <= start && start <= std::numeric_limits<std::int32_t>::max();
+  if (isNear) {
     stream.clear(stream.rdstate() & ~std::ios_base::eofbit);  // measuring goes to the position, too
+  } else {
+    stream.seekg(pos);
   }
-  const std::uint32_t size = measure(0);
+  const std::uint32_t measured = measure();
+  const std::uint32_t size = stream.fail() ? 0 : measured;
+  logSize(size);
   stream.read(buf, static_cast<std::streamsize>(n));
-  pos = stream.good() ? start + stream.gcount() : stream.tellg();
+  // Within its size a file is where the count says; a device may be elsewhere.
+  const std::streamoff counted = start + stream.gcount();
+  pos = isNear && stream.good() && counted <= size ? std::streampos(counted) : stream.tellg();
   // Intended: not what the stream has counted.
   const std::uint32_t end = stream.eof() ? size : LowBits(pos);
   const auto length = static_cast<std::int32_t>(end - LowBits(start));
@@ -203,22 +212,27 @@ ReadAccessor& ReadWriteAccessorImpl::operator>>(std::string& s) {
   return *this;
 }
 
-std::uint32_t ReadWriteAccessorImpl::fileSize() { return measure(LowBits(-1)); }
+std::uint32_t ReadWriteAccessorImpl::fileSize() {
+  const std::uint32_t size = measure();
+  logSize(size);
+  return size;
+}
 
-std::uint32_t ReadWriteAccessorImpl::measure(std::uint32_t unseekable) {
-  std::uint32_t size = 0;
-  if (stream.good()) {
-    const std::streamoff end = stream.rdbuf()->pubseekoff(0, std::ios_base::end);
-    size = LowBits(end);
-    if (end < 0) {
-      stream.setstate(std::ios_base::failbit);
-      size = unseekable;
-    }
-    stream.seekg(pos, std::ios_base::beg);
+std::uint32_t ReadWriteAccessorImpl::measure() {
+  if (!stream.good()) {
+    return 0;
   }
+  const std::streamoff end = stream.rdbuf()->pubseekoff(0, std::ios_base::end);
+  if (end < 0) {
+    stream.setstate(std::ios_base::failbit);
+  }
+  stream.seekg(pos, std::ios_base::beg);
+  return LowBits(end);
+}
+
+void ReadWriteAccessorImpl::logSize(std::uint32_t size) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ReadWriteAccessorImpl::fileSize = %d, pos=%d",
                  static_cast<int>(size), Loggable(pos));
-  return size;
 }
 
 long ReadWriteAccessorImpl::write(const char* buf, unsigned long n) {

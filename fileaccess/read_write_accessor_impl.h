@@ -59,8 +59,9 @@ class ReadWriteAccessorImpl final : public ReadWriteAccessor, public TimerData {
   static void onTimer(void* data);
 
  private:
-  /// `fileSize`, which `unseekable` is of a file that cannot be moved in.
-  std::uint32_t measure(std::uint32_t unseekable);
+  /// `fileSize` without its line.
+  std::uint32_t measure();
+  void logSize(std::uint32_t size);
   void recover(const BasicOperations::OpenMode& mode);
   bool writeLocked(const char* buf, unsigned long n);
   void armTimer();
