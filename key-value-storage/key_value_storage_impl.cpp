@@ -29,11 +29,13 @@ constexpr std::uint32_t kUpdateTimeOfRefusedFile = 6000;
 
 DatabaseConfig DefaultConfig(std::uint32_t updateTime) { return {false, 0, 0, updateTime}; }
 
+bool IsGood(const KvsType& item) { return item.GetStatus() != KvsType::Status::kCheckSumError; }
+
 bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
 
 /// A mutex that is also defined to be unlocked by a thread that does not hold it, which lets the
 /// next one in, and while nobody holds it, which does nothing. It needs neither initialisation nor
-/// destruction: databases may be opened before and threads may wait after those of this file.
+/// destruction: threads may wait while those of this file run.
 class SyncLock {
  public:
   void lock() {
@@ -135,8 +137,8 @@ KeyValueStorage::Impl::ItemList KeyValueStorage::Impl::getKVSItemsFromJson(
     ItemList items;
     std::list<std::unique_ptr<KvsType>> parsed = JsonParser(path).parseKvsJson();
     for (; !parsed.empty(); parsed.pop_front()) {
-      // Intended: the reader marks no item so today.
-      if (parsed.front()->GetStatus() != KvsType::Status::kCheckSumError) {
+      // The reader marks no item so today.
+      if (IsGood(*parsed.front())) {
         items.push_back(std::make_shared<Item>(std::move(*parsed.front())));
       }
     }
@@ -189,7 +191,7 @@ void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
   // alone, a value always comes from the main file, and pairing goes on behind a difference.
   auto witness = redundant_items.begin();
   // Loading through setValue marks the database as changed. The tests for kCheckSumError cannot
-  // fire as long as the reader marks no item.
+  // fire: getKVSItemsFromJson gives no such items.
   for (const std::shared_ptr<KvsType>& item : items) {
     if (witness == redundant_items.end()) {
       log_->logPrint(
@@ -200,10 +202,9 @@ void KeyValueStorage::Impl::mergeWithRedundancy(const ItemList& items,
     const KvsType& redundant = **witness;
     ++witness;
     const std::string key = item->GetKey();
-    const bool redundantIsGood = redundant.GetStatus() != KvsType::Status::kCheckSumError;
-    const bool itemIsGood = item->GetStatus() != KvsType::Status::kCheckSumError;
-    if (redundantIsGood ? itemIsGood && key == redundant.GetKey()
-                        : kvs_items_.find(key) != kvs_items_.end()) {
+    const bool isWitnessed = key == redundant.GetKey() && IsGood(*item) && IsGood(redundant);
+    const bool isKnown = !IsGood(redundant) && kvs_items_.find(key) != kvs_items_.end();
+    if (isWitnessed || isKnown) {
       setValue(key, *item);
     }
     log_->logPrint(LogLevel::kVerbose,
@@ -265,7 +266,7 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
   const auto entry = kvs_items_.lower_bound(key);
   if (entry != kvs_items_.end() && std::string_view(entry->first) == key) {
     KvsType& item = *entry->second;
-    item = std::forward<Value>(value);
+    item = value;  // never moved: a delayed write may be reading what the item holds
     item.SetKey(key);
   } else {
     log_->logPrint(LogLevel::kWarn,

@@ -32,7 +32,7 @@ class KeyValueStorage::Impl : public TimerData,
  public:
   explicit Impl(const std::string& database);
 
-  /// Intended: stops no timer; `deinit` does.
+  /// Intended: silences no timer but its own; `deinit` does.
   ~Impl() override;
 
   /// The end of the database: stops the timer and synchronises nothing.

@@ -14,8 +14,8 @@ using Type = KvsType::Type;
 
 LogExtend* const sKvsImplLog = LogExtend::getLogExtenObject("PersistencyService");
 
-// The two maps are made on first use and never destroyed: databases may be opened before the static
-// initialisers of this file have run, and a delayed write may run while the process ends.
+// The two maps are made on first use and never destroyed: a delayed write may run while the process
+// ends.
 
 // Intended: in spite of its name, from text to type.
 const std::map<std::string, Type>& kKvsTypeToStringMap_() {
@@ -81,7 +81,7 @@ KvsType::Impl::Impl(const std::string& value)
     : m_internal_type(Type::kString), internal_value_(value) {}
 KvsType::Impl::Impl(const char* value) : Impl(std::string(value)) {}
 KvsType::Impl::Impl(void* data, std::size_t len) : m_internal_type(Type::kBinary) {
-  internal_value_.Add(HexText(static_cast<const unsigned char*>(data), len));
+  internal_value_.Add(HexText(static_cast<const unsigned char*>(data), data == nullptr ? 0 : len));
 }
 
 void KvsType::Impl::demand(bool fits, const char* function, int line, const char* suffix) const {
@@ -159,7 +159,7 @@ void KvsType::Impl::GetBinary(void* data, std::size_t len) {
 
 void KvsType::Impl::AddArrayItem(const KvsType& kvs) {
   beginArrayItem();
-  const Type itemType = kvs.GetType();
+  const Type itemType = kvs.GetType();  // throws for one that was moved from
   if (m_internal_type == Type::kObject) {
     internal_value_.Add(kvs);
     return;
@@ -194,8 +194,8 @@ void KvsType::Impl::AddArrayItem(const KvsType& kvs) {
 }
 
 void KvsType::Impl::beginArrayItem() {
-  internal_value_.SetParsedAsArray(
-      true);  // Intended: first, so that it stays set when the item is refused
+  // Intended: first, so that it stays set when the item is refused.
+  internal_value_.SetParsedAsArray(true);
   sKvsImplLog->logPrint(LogLevel::kDebug, ARA_PER_HERE, "addArrayItem type=%d",
                         NumberOf(m_internal_type));
 }

@@ -89,10 +89,14 @@ KvsTypeInternalType& KvsTypeInternalType::operator=(const KvsTypeInternalType& o
   if (this == &other) {
     return *this;
   }
-  KvsTypeInternalType copy(other);  // whatever can throw happens here
-  scalar_list_.swap(copy.scalar_list_);
-  object_list_.swap(copy.object_list_);
-  string_list_.swap(copy.string_list_);
+  // Whatever fails below, no cursor stands on an element that is gone.
+  scalar_cursor_ = scalar_list_.end();
+  object_cursor_ = object_list_.end();
+  string_cursor_ = string_list_.end();
+  // Element by element into the nodes that are there: a delayed write may be reading them.
+  scalar_list_ = other.scalar_list_;
+  object_list_ = other.object_list_;
+  string_list_ = other.string_list_;
   kind_ = other.kind_;
   parsed_as_array_ = other.parsed_as_array_;
   restart_pending_ = other.restart_pending_;
