@@ -182,6 +182,19 @@ void KeepMemoryAtHand(std::size_t items) {
   }
 }
 
+/// One turn of `work` on each store, slice by slice.
+/// @param work  is given a store and a slice of `items`
+template <class Theirs, class Work>
+Pair RunSlices(const Turn& turn, const std::vector<Item>& items, KeyValueStorage& ours,
+               Theirs& theirs, const Work& work) {
+  const auto timed = [&](auto& store, std::size_t slice) {
+    return CpuSeconds([&] { work(store, SliceOf(items, slice)); });
+  };
+  return turn.Run(
+      SlicesOf(items), [&](std::size_t slice) { return timed(ours, slice); },
+      [&](std::size_t slice) { return timed(theirs, slice); });
+}
+
 /// @param prepareMemory  is given the number of items
 template <class PrepareMemory>
 void CompareSets(benchmark::State& state, const char* what, double goal,
@@ -191,12 +204,8 @@ void CompareSets(benchmark::State& state, const char* what, double goal,
     prepareMemory(items.size());
     KeyValueStorage ours(kNoFile);
     ValueMap theirs;
-    return turn.Run(
-        SlicesOf(items),
-        [&](std::size_t slice) { return CpuSeconds([&] { SetAll(ours, SliceOf(items, slice)); }); },
-        [&](std::size_t slice) {
-          return CpuSeconds([&] { SetAll(theirs, SliceOf(items, slice)); });
-        });
+    return RunSlices(turn, items, ours, theirs,
+                     [](auto& store, const Items& slice) { SetAll(store, slice); });
   });
 }
 
@@ -209,14 +218,8 @@ void CompareRemovals(benchmark::State& state, const char* what, double goal) {
     Theirs theirs;
     SetAll(ours, Items(items));
     SetAll(theirs, Items(items));
-    const Pair pair = turn.Run(
-        SlicesOf(others),
-        [&](std::size_t slice) {
-          return CpuSeconds([&] { RemoveAll(ours, SliceOf(others, slice)); });
-        },
-        [&](std::size_t slice) {
-          return CpuSeconds([&] { RemoveAll(theirs, SliceOf(others, slice)); });
-        });
+    const Pair pair = RunSlices(turn, others, ours, theirs,
+                                [](auto& store, const Items& slice) { RemoveAll(store, slice); });
     Demand(ours.GetAllKeys().empty(), "a key was not removed");
     return pair;
   });
@@ -241,14 +244,8 @@ void BM_Get(benchmark::State& state) {
     ValueMap theirs;
     SetAll(ours, Items(items));
     SetAll(theirs, Items(items));
-    return turn.Run(
-        SlicesOf(others),
-        [&](std::size_t slice) {
-          return CpuSeconds([&] { GetAll(ours, SliceOf(others, slice)); });
-        },
-        [&](std::size_t slice) {
-          return CpuSeconds([&] { GetAll(theirs, SliceOf(others, slice)); });
-        });
+    return RunSlices(turn, others, ours, theirs,
+                     [](const auto& store, const Items& slice) { GetAll(store, slice); });
   });
 }
 

@@ -76,10 +76,11 @@ constexpr Slices<Register, kCount> MakeSlices(const Table<Register>& table) {
   Slices<Register, kCount> slices{};
   for (std::size_t byte = 0; byte < table.size(); ++byte) {
     Register value = table[byte];
-    for (std::size_t n = 0; n < kBehind + kCount; ++n) {
-      if (n >= kBehind) {
-        slices[n - kBehind][byte] = value;
-      }
+    for (std::size_t n = 0; n < kBehind; ++n) {
+      value = Feed<kShift>(table, value, 0);
+    }
+    for (Table<Register>& slice : slices) {
+      slice[byte] = value;
       value = Feed<kShift>(table, value, 0);
     }
   }

@@ -57,7 +57,8 @@ bool JsonArray::addArrayToArray(JsonArray* array) {
 std::string JsonArray::getSerializationForObject() { return m_text; }
 
 int JsonArray::saveArrayObject(std::string path) {
-  return SaveText(path, m_text, m_length, 300, *m_log, ARA_PER_HERE, [this](ssize_t) {
+  constexpr unsigned int kPause = 300;  // us. Intended: another one than an object's
+  return SaveText(path, m_text, m_length, kPause, *m_log, ARA_PER_HERE, [this](ssize_t) {
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "write size =%d", m_length);
   });
 }

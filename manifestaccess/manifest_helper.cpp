@@ -55,8 +55,12 @@ bool ManifestHelper::initInfo(std::string path, ConfigKind kind) {
     m_log->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ManifestHelper::initInfo updateType is:%s",
                     updateType.c_str());
     // Intended: the name is spelled so; the right spelling is not found.
-    isExitDb = parseDbbInfo(deployment["KeyValukDatabase"]) || isExitDb;
-    isExitfp = parseFpInfo(deployment["FileProxy"]) || isExitfp;
+    if (parseDbbInfo(deployment["KeyValukDatabase"])) {
+      isExitDb = true;
+    }
+    if (parseFpInfo(deployment["FileProxy"])) {
+      isExitfp = true;
+    }
   } else if (kind == ConfigKind::kDataConfig) {
     ret = parseDbConfigInfo(&root["DataConfig"]);
   }

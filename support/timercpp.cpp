@@ -20,6 +20,7 @@ void SleepFor(int delay) {
 
 }  // namespace
 
+// Intended: one for all timers of the process, without a guard.
 void (*gfunction)(void*) = nullptr;
 
 Timer::Timer() : state_(std::make_shared<State>()) {}

@@ -176,13 +176,13 @@ int PersistencyUpdateImpl::updateFileProxy(EUpdateType type) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "PersistencyUpdateImpl::updateFileProxy ret:%d type=%d", static_cast<int>(ret),
                  static_cast<int>(type));
-  if (ret && type == EUpdateType::kUninstallation) {
-    log_->logPrint(LogLevel::kVerbose,
-                   ARA_PER_LINE("PersistencyUpdateImpl::updateFileProxy Uninstallation the app, "
-                                "ucm delete the data directly"));
-    return 1;
-  }
   if (ret) {
+    if (type == EUpdateType::kUninstallation) {
+      log_->logPrint(LogLevel::kVerbose,
+                     ARA_PER_LINE("PersistencyUpdateImpl::updateFileProxy Uninstallation the app, "
+                                  "ucm delete the data directly"));
+      return 1;
+    }
     applyFile(fileProxy);
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("PersistencyUpdateImpl::updateFileProxy end"));
@@ -209,13 +209,13 @@ int PersistencyUpdateImpl::updateKeyValueDb(EUpdateType type) {
   const bool ret = manifest_.getKeyValuePair(database);
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE,
                  "PersistencyUpdateImpl::updateKeyValueDb type:%d ", static_cast<int>(type));
-  if (ret && type == EUpdateType::kUninstallation) {
-    log_->logPrint(LogLevel::kVerbose,
-                   ARA_PER_LINE("PersistencyUpdateImpl::updateKeyValueDb Uninstallation the app, "
-                                "ucm delete the data directly"));
-    return 1;
-  }
   if (ret) {
+    if (type == EUpdateType::kUninstallation) {
+      log_->logPrint(LogLevel::kVerbose,
+                     ARA_PER_LINE("PersistencyUpdateImpl::updateKeyValueDb Uninstallation the app, "
+                                  "ucm delete the data directly"));
+      return 1;
+    }
     applyDatabase(database);
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_LINE("PersistencyUpdateImpl::updateKeyValueDb end"));
@@ -224,16 +224,12 @@ int PersistencyUpdateImpl::updateKeyValueDb(EUpdateType type) {
 
 void PersistencyUpdateImpl::applyDatabase(const DatabaseInfo& database) {
   KeyValueStorage storage(database.uri);
-  switch (database.updateStrategy) {
-    case kKeepExisting:
-      applyItems(storage, database.keyValuePairs);
-      break;
-    case kDelete:
-      storage.RemoveAllKeys();
-      applyItems(storage, database.keyValuePairs);
-      break;
-    default:  // Intended: "overWrite" applies nothing
-      break;
+  if (database.updateStrategy == kDelete) {
+    storage.RemoveAllKeys();
+  }
+  // Intended: "overWrite" applies nothing.
+  if (database.updateStrategy == kDelete || database.updateStrategy == kKeepExisting) {
+    applyItems(storage, database.keyValuePairs);
   }
   storage.SyncToStorage();
 }
