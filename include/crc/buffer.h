@@ -15,9 +15,8 @@ namespace crc {
 /// A checked view of a run of bytes, which it does not own: the argument of the checksums of
 /// `crc::CRC`. A view that exists may be read, as long as the bytes live.
 ///
-/// Each failed check is also logged as a warning. Intended: so is each view of a vector, also when
-/// nothing fails. A view is for one thread; any number of views may
-/// show the same bytes.
+/// Each failed check is also logged as a warning. Intended: a view of a vector logs one more, also
+/// when nothing fails. A view is for one thread; any number of views may show the same bytes.
 class ARA_PER_EXPORT BufferView {
  public:
   /// Views `count` bytes from `bytes`; a null pointer with a count of 0 is an empty view.

@@ -15,8 +15,6 @@ namespace crc {
 /// The check value is the checksum of the nine bytes of "123456789".
 class ARA_PER_EXPORT CRC {
  public:
-  CRC() = delete;
-
   /// SAE J1850, polynomial 0x1D; check value 0x4B.
   static unsigned char CalculateCRC8(BufferView buffer, bool isFirstCall, unsigned char seed = 0);
 

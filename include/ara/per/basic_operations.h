@@ -22,14 +22,15 @@ namespace ara::per {
 /// or call `fsync` before the delay ends.
 class ARA_PER_EXPORT BasicOperations {
  public:
-  /// How a file is opened, as `std::ios_base::openmode`; combine with `|`.
+  /// How a file is opened, as `std::ios_base::openmode`; combine with `|`. A combination that
+  /// `std::basic_filebuf::open` does not know, such as `trunc` with `app`, opens nothing.
   enum class OpenMode : std::uint8_t {
     app = 0x01,     ///< each write goes to the end; a missing file is made
     binary = 0x02,  ///< without a meaning on this platform
     in = 0x04,      ///< for reading; the file must exist, unless `app` or `trunc` makes it
     out = 0x08,     ///< for writing; without `in` and `app` it empties the file, or makes it
     trunc = 0x10,   ///< the file is emptied, or made; needs `out`
-    ate = 0x20,     ///< the position starts at the end; needs `in` or `out`
+    ate = 0x20,     ///< the position starts at the end; needs `in`, `out` or `app`
   };
 
   /// Intended: numbered otherwise than `std::ios_base::seekdir`.

@@ -16,7 +16,7 @@ namespace ara::per {
 /// Intended: every operation takes the value as const, also those that change it, since the change
 /// goes through the value's own pointer. References stay valid as long as the value keeps its
 /// content. A value that was moved from makes an operation that looks at it throw
-/// `LogicErrorException`.
+/// `LogicErrorException`. Nothing is guarded against another thread on the same value.
 class ARA_PER_EXPORT InternalAccess {
  public:
   std::uint32_t& GetChecksum(const KvsType& value);
@@ -41,6 +41,7 @@ class ARA_PER_EXPORT InternalAccess {
   KvsType::Type getKvsTypeFromString(const KvsType& value, const std::string& name);
 
   /// `AddArrayItem` of an integer or a flag on a plain value, without making a value of the item.
+  /// For the library: it is not exported.
   template <class Item>
   ARA_PER_LOCAL void addPlainItem(const KvsType& array, Item item);
 };

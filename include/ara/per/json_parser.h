@@ -73,10 +73,11 @@ class ARA_PER_EXPORT JsonParser {
   /// Composes the text of a file of one item. It moves the value's cursors.
   /// @param out  receives the text; untouched when the result is false
   /// @return false when a file does not take the value
+  /// @throws LogicErrorException when the value or an item in it was moved from
   bool serializeKvsJson(KvsType& value, std::string& out);
 
   /// The steps of writing: fill an item's object. They give false when a file does not take the
-  /// value or a pointer is null.
+  /// value or a pointer is null, and throw as `serializeKvsJson` does.
   bool writeKvsJsonInner(JsonObject* object, KvsType* value);
   bool writeSingleValueToObject(JsonObject* object, KvsType* value);
   bool writeArrayToObject(JsonObject* object, KvsType* value);
@@ -95,7 +96,7 @@ class ARA_PER_EXPORT JsonParser {
   ARA_PER_LOCAL bool addNestedItems(JsonArray& array, KvsTypeInternalType& store, std::string& end);
 
   std::string strFileName;
-  LogExtend* m_log = nullptr;
+  LogExtend* m_log;
   std::shared_ptr<InternalAccess> m_access;
 };
 

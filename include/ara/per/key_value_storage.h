@@ -21,7 +21,8 @@ namespace ara::per {
 ///
 /// Threads: the object takes no lock. One thread may use it at a time, and the delayed write runs
 /// on a thread of its own beside it. Only the writing itself is guarded: of all databases of the
-/// process one at a time.
+/// process one at a time, unless another one is opened meanwhile. The free functions may be called
+/// from any thread.
 ///
 /// A moved-from object may be destroyed and assigned to, and `RemoveKey`, `RemoveAllKeys` and
 /// `SyncToStorage` do nothing on it; `HasKey`, `GetAllKeys`, `GetValue` and `SetValue` throw
@@ -39,6 +40,7 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// Opens a database and loads its file.
   ///
   /// A file that is missing, unreadable or malformed gives an open, empty database; the log tells.
+  /// Intended: it lets the next database be written, even while one is being written.
   /// @param database  path of the file, used as it stands and, when the file is missing at a save,
   ///     also in a shell command: it must come from a trusted source
   explicit KeyValueStorage(const std::string& database);
@@ -60,7 +62,9 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// @return whether something is stored under `key`
   bool HasKey(const std::string& key) const;
 
-  /// Removes a key from memory; a missing one is only logged.
+  /// Removes a key from memory; a missing one is only logged. Intended: it starts the delay all the
+  /// same, and when that ends with nothing changed, no later change starts one until
+  /// `SyncToStorage` has written.
   /// @throws std::system_error when the thread of the delayed write cannot be started; the change
   ///     has been made by then
   void RemoveKey(const std::string& key);
@@ -78,19 +82,26 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// bits; other groups of types are not converted. What is stored as a plain value reads as a
   /// vector of one element. A vector of `unsigned char` is a text of hexadecimal digits.
   ///
-  /// Intended: a vector of a missing key gives `kSuccess` and an empty vector; ask `HasKey`. An
+  /// Intended: a missing key gives `kSuccess` and an empty vector or container; ask `HasKey`. An
   /// array of numbers or flags with a multiple of 256 elements reads as an empty vector.
   /// `KvsType` is a copy made through the text of a database file, with its losses; `value` is
   /// written whatever the status.
   /// @param value  receives the value; untouched unless the result is `kSuccess`, but see above
-  /// @return `kGeneralError` for a wrong type, for a missing key (but see above) and for a byte
-  ///     string of odd length; otherwise the stored value's status, `kSuccess` as a rule
+  /// An element that cannot be read prints "0" and a line end on standard output.
+  /// @return `kGeneralError` for a wrong type, for a missing key read as a plain value and for a
+  ///     byte string of odd length; otherwise the stored value's status, `kSuccess` as a rule
   /// @throws LogicErrorException when a vector's element is of another group; `value` is untouched
   template <class T>
   Status GetValue(const std::string& key, T& value) const;
 
   /// Stores a copy of `value` under `key`, in memory. The types are those of `GetValue`. A key that
-  /// exists keeps its place in the order of keys.
+  /// exists keeps its place in the order of keys. A vector of numbers or flags prints the line of
+  /// `SaveArray`.
+  ///
+  /// Intended: a file does not hold all that memory does. It keeps the low half of a plain 64-bit
+  /// number and six decimals, no `kBinary`, and no array of numbers or flags with a multiple of 256
+  /// elements; a quote or a control character in a text, infinity and not-a-number make it
+  /// unreadable.
   /// @return `kGeneralError` for an empty vector, which leaves the key as it was; else `kSuccess`
   /// @throws LogicErrorException for a moved-from `KvsType`; the key is as it was
   /// @throws std::system_error as `RemoveKey` does
@@ -99,8 +110,10 @@ class ARA_PER_EXPORT KeyValueStorage {
 
   /// Writes the whole database to its file now, when it was changed, and waits for the disk.
   ///
-  /// Intended: no failure is reported. With redundancy configured, a file that is not smaller than
-  /// `maxSize` bytes refuses the write, and the changes stay in memory until a later change.
+  /// Intended: it silences every delayed write that is pending in the process, also those of other
+  /// databases, which start none until they are synchronised. No failure is reported. With
+  /// redundancy configured, a file that is not smaller than `maxSize` bytes refuses the write, and
+  /// the changes stay in memory until a later change.
   /// @throws LogicErrorException when an item inside a stored object was moved from, which only
   ///     `InternalAccess` can bring about; nothing is written, and no database of the process can
   ///     be written after that until another one is opened
@@ -119,7 +132,7 @@ class ARA_PER_EXPORT KeyValueStorage {
   std::shared_ptr<Impl> pimpl_;
 };
 
-/// Opens a database as the constructor of `KeyValueStorage` does.
+/// Opens a database as the constructor of `KeyValueStorage` does. @return never null
 ARA_PER_EXPORT std::unique_ptr<KeyValueStorage> CreateKeyValueStorage(const std::string& database);
 
 /// Intended: does nothing.

@@ -71,7 +71,7 @@ class ARA_PER_EXPORT KvsType {
   /// @throws std::logic_error when `value` is null
   explicit KvsType(const char* value);
   /// A byte string, kept as hexadecimal text. Intended: such a value is never written to a file.
-  /// @param data  first byte; may be null when `len` is 0
+  /// @param data  first byte; null makes an empty byte string
   /// @param len  bytes
   KvsType(void* data, std::size_t len);
 
@@ -105,8 +105,8 @@ class ARA_PER_EXPORT KvsType {
   /// Appends an item to an array and rewinds the array's cursor.
   ///
   /// On a container (`kObject`) the item is kept whole. Intended: `kvs` is then moved from, in
-  /// spite of the const. On any other value the item is kept beside the value itself, in 64 bits
-  /// and without its key, and `kvs` stays.
+  /// spite of the const, so that a container that is added to itself is lost. On any other value
+  /// the item is kept beside the value itself, in 64 bits and without its key, and `kvs` stays.
   /// @throws LogicErrorException when a plain value is given an item of type `kBinary`, `kObject`
   ///     or `kNotSupported`
   /// @throws std::logic_error when the item is of another group than the plain value
@@ -131,10 +131,11 @@ class ARA_PER_EXPORT KvsType {
   /// Gives the next item at the cursor. An item of a plain value's array comes as `kDouble`,
   /// `kSInt64`, `kUInt64`, `kBoolean` or `kString`, whatever the declared width.
   /// @throws std::logic_error with the text "1" behind the last item; the next call starts again
-  ///     at the first one. With the text "0" when there is no item. Intended: an array of numbers
-  ///     or flags with a multiple of 256 items counts as one without items here.
+  ///     at the first one. With the text "0" for an array of numbers or flags with a multiple of
+  ///     256 items, which, intended, counts as one without items here. With a sentence for a value
+  ///     that never had any.
   KvsType GetNextArrayItem();
-  /// @return the number of items; 1 for a plain value
+  /// @return the number of items; 1 for a plain value, and 0 for one without content
   std::size_t GetNumberOfArrayItems();
   /// Moves the cursor to the first item.
   void ResetArrayItemGetter();

@@ -76,8 +76,9 @@ class ARA_PER_EXPORT KvsTypeInternalType {
   ///
   /// Intended: of the number of scalars only the low byte is tested, so that a store of 256 of
   /// them, or any multiple, counts as empty here and nowhere else.
-  /// @throws std::logic_error with the text "0" when the store is empty, "1" at the end, "-1" when
-  ///     `GetStringNext` meets another kind, or a sentence when another operation does
+  /// @throws std::logic_error with the text "1" at the end; "0" when `getNext` meets no scalars, or
+  ///     another operation a number of them that counts as none; "-1" when `GetStringNext` meets
+  ///     another kind, `kNone` too, or a sentence when another operation does
   std::uint64_t getNext();
   bool GetBoolNext();
   double GetDoubleNext();
@@ -99,18 +100,18 @@ class ARA_PER_EXPORT KvsTypeInternalType {
   /// Whether the reads above take the scalars for none.
   bool scalarsCountAsNone() const;
 
-  /// The raw bits of a scalar as the scalar itself.
+  /// The raw bits of a scalar as the scalar itself. For the library: it is not exported.
   template <class Scalar>
   ARA_PER_LOCAL static Scalar fromCell(std::uint64_t cell);
 
  private:
   template <class Scalar>
   ARA_PER_LOCAL void addScalar(Kind kind, const char* mismatch, Scalar value);
-  void settleKind(Kind kind, const char* mismatch);
-  void demandKind(Kind kind, const char* mismatch) const;
-  void demandNext(Kind kind);
-  const char* endOfScalars();
-  void copyCursors(const KvsTypeInternalType& other);
+  ARA_PER_LOCAL void settleKind(Kind kind, const char* mismatch);
+  ARA_PER_LOCAL void demandKind(Kind kind, const char* mismatch) const;
+  ARA_PER_LOCAL void demandNext(Kind kind);
+  ARA_PER_LOCAL const char* endOfScalars();
+  ARA_PER_LOCAL void copyCursors(const KvsTypeInternalType& other);
 
   Kind kind_ = Kind::kNone;
   std::list<std::uint64_t> scalar_list_;  // a double, int64_t, uint64_t or bool in eight bytes

@@ -25,9 +25,9 @@ class ARA_PER_EXPORT LogicErrorException : public std::exception {
 };
 
 /// Composes the message of a read as a wrong type. Safe from any thread.
-/// @param file, line  source place of the throw
+/// @param file,line  source place of the throw
 /// @param function  the getter's name without brackets
-/// @param key, type, status  what the value says of itself, as text
+/// @param key,type,status  what the value says of itself, as text
 ARA_PER_EXPORT std::string GetCastErrorMessage(const char* file, const char* function, int line,
                                                std::string key, std::string type,
                                                std::string status);

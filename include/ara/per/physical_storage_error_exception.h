@@ -24,7 +24,7 @@ class ARA_PER_EXPORT PhysicalStorageErrorException : public std::exception {
 };
 
 /// Composes the message of a failed allocation. Safe from any thread.
-/// @param file, line  source place of the throw
+/// @param file,line  source place of the throw
 /// @param function  name of the operation without brackets
 ARA_PER_EXPORT std::string GetAllocationErrorMessage(const char* file, const char* function,
                                                      int line);

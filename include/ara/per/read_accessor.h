@@ -37,10 +37,12 @@ class ARA_PER_EXPORT ReadAccessor : virtual public BasicOperations {
 
   /// Reads into `s` up to `delim`, which is left out, as `std::getline` does. A last line without
   /// it is delivered, too; its end was met then.
+  /// @return this accessor
   virtual ReadAccessor& getline(std::string& s, char delim) = 0;
 
   /// Reads one word into `s`, after white space. When the file ends with the word it is delivered,
   /// and the end was met.
+  /// @return this accessor
   virtual ReadAccessor& operator>>(std::string& s) = 0;
 
   /// Intended: it brings the stream to the position of the accessor, and so changes what `peek` and

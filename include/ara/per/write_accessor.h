@@ -25,6 +25,8 @@ class ARA_PER_EXPORT WriteAccessor : virtual public BasicOperations {
   /// flushed but not synchronised, and the delayed synchronisation does not come again; otherwise
   /// the checksum is taken from the position on, which as a rule leaves the accessor in a failed
   /// state with the position -1.
+  /// @throws std::bad_alloc with redundancy configured, when the file, which is held as a whole,
+  ///     does not fit; on the thread of a delay that ends the process
   virtual void fsync() = 0;
 
   /// Writes `n` bytes at the position, moves it behind them, and arms the delayed synchronisation
@@ -42,6 +44,7 @@ class ARA_PER_EXPORT WriteAccessor : virtual public BasicOperations {
 
   /// Writes a text at the position and moves it behind the text.
   /// Intended: it is no change for `fsync`, and arms nothing; use `write` for what must last.
+  /// @return this accessor
   virtual WriteAccessor& operator<<(const std::string& s) = 0;
 
   /// Calls `manip` with this accessor. @return this accessor

@@ -27,10 +27,10 @@ ARA_LOG_EXPORT LogLevel GetThreshold() noexcept;
 ///
 /// The sink is called in the thread that logs, from several threads at once if several log, and
 /// must not throw. It may log, set the threshold and set a sink: no lock is held, and a line that
-/// is logged inside the sink goes to the default sink, so that it never calls itself. A call that
-/// another thread has begun may still run in the old sink when `SetSink` returns; the old function
-/// is kept for it that long.
-/// Safe from any thread.
+/// is logged inside the sink goes to the default sink, so that it never calls itself. It must not
+/// change what the code that logs is working on, such as the database whose line it takes. A call
+/// that another thread has begun may still run in the old sink when `SetSink` returns; the old
+/// function is kept for it that long. Safe from any thread.
 ARA_LOG_EXPORT void SetSink(Sink sink);
 
 }  // namespace ara::log
