@@ -61,24 +61,24 @@ std::string GetStatusAsString(KvsType::Status status) {
 }  // namespace
 
 KvsType::Impl::Impl() : m_internal_type(Type::kObject) {}
-KvsType::Impl::Impl(bool value) : m_internal_type(Type::kBoolean), internal_value_(value) {}
+KvsType::Impl::Impl(bool value) : internal_value_(value), m_internal_type(Type::kBoolean) {}
 KvsType::Impl::Impl(signed char value)
-    : m_internal_type(Type::kSInt8), internal_value_(long{value}) {}
-KvsType::Impl::Impl(short value) : m_internal_type(Type::kSInt16), internal_value_(long{value}) {}
-KvsType::Impl::Impl(int value) : m_internal_type(Type::kSInt32), internal_value_(long{value}) {}
-KvsType::Impl::Impl(long value) : m_internal_type(Type::kSInt64), internal_value_(value) {}
+    : internal_value_(long{value}), m_internal_type(Type::kSInt8) {}
+KvsType::Impl::Impl(short value) : internal_value_(long{value}), m_internal_type(Type::kSInt16) {}
+KvsType::Impl::Impl(int value) : internal_value_(long{value}), m_internal_type(Type::kSInt32) {}
+KvsType::Impl::Impl(long value) : internal_value_(value), m_internal_type(Type::kSInt64) {}
 KvsType::Impl::Impl(unsigned char value)
-    : m_internal_type(Type::kUInt8), internal_value_(static_cast<unsigned long>(value)) {}
+    : internal_value_(static_cast<unsigned long>(value)), m_internal_type(Type::kUInt8) {}
 KvsType::Impl::Impl(unsigned short value)
-    : m_internal_type(Type::kUInt16), internal_value_(static_cast<unsigned long>(value)) {}
+    : internal_value_(static_cast<unsigned long>(value)), m_internal_type(Type::kUInt16) {}
 KvsType::Impl::Impl(unsigned int value)
-    : m_internal_type(Type::kUInt32), internal_value_(static_cast<unsigned long>(value)) {}
-KvsType::Impl::Impl(unsigned long value) : m_internal_type(Type::kUInt64), internal_value_(value) {}
+    : internal_value_(static_cast<unsigned long>(value)), m_internal_type(Type::kUInt32) {}
+KvsType::Impl::Impl(unsigned long value) : internal_value_(value), m_internal_type(Type::kUInt64) {}
 KvsType::Impl::Impl(float value)
-    : m_internal_type(Type::kFloat), internal_value_(static_cast<double>(value)) {}
-KvsType::Impl::Impl(double value) : m_internal_type(Type::kDouble), internal_value_(value) {}
+    : internal_value_(static_cast<double>(value)), m_internal_type(Type::kFloat) {}
+KvsType::Impl::Impl(double value) : internal_value_(value), m_internal_type(Type::kDouble) {}
 KvsType::Impl::Impl(const std::string& value)
-    : m_internal_type(Type::kString), internal_value_(value) {}
+    : internal_value_(value), m_internal_type(Type::kString) {}
 KvsType::Impl::Impl(const char* value) : Impl(std::string(value)) {}
 KvsType::Impl::Impl(void* data, std::size_t len) : m_internal_type(Type::kBinary) {
   internal_value_.Add(HexText(static_cast<const unsigned char*>(data), data == nullptr ? 0 : len));

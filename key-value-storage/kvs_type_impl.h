@@ -70,12 +70,11 @@ class KvsType::Impl {
   void demand(bool fits, const char* function, int line, const char* suffix = "") const;
   void demandBinary(bool fits, const char* logged, int line, const char* suffix = "") const;
 
-  // What the getter of a number or a flag reads stands in front, together.
+  std::string m_key;
   std::uint32_t m_checksum = 0;  // Intended: nothing computes it and no file holds it
   KvsType::Status m_status = KvsType::Status::kSuccess;
-  KvsType::Type m_internal_type;
   KvsTypeInternalType internal_value_;
-  std::string m_key;
+  KvsType::Type m_internal_type;
   std::string m_documentation;
 };
 
