@@ -1,118 +1,145 @@
-#include <initializer_list>
-#include <list>
+#include <cmath>
+#include <filesystem>
 #include <memory>
+#include <regex>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "ara/per/internal_access.h"
+#include "ara/per/json_create_array_object.h"
 #include "ara/per/json_parser.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temp_dir.h"
 
+static unsigned int lastPause = 0;
+
+/// Stands before the C library's function.
+extern "C" int usleep(unsigned int microseconds) {
+  lastPause = microseconds;
+  return 0;
+}
+
 namespace ara::per::testing {
 
-using Type = KvsType::Type;
+class JsonTextTest : public ::testing::Test {
+ protected:
+  std::unique_ptr<JsonArray> array_{JsonArray::startArray()};
+  std::unique_ptr<JsonObject> object_{JsonObject::StartObject()};
+  LogCapture log_;
+};
 
-static KvsType Named(const std::string& key, KvsType value) {
-  value.SetKey(key);
-  return value;
+TEST_F(JsonTextTest, AdditionsGoInByteForByteAndGiveTrueTheFirstTimeAlone) {
+  EXPECT_FALSE(object_->addArrayToObject("a", nullptr) || object_->addObjectToObject("o", nullptr));
+  EXPECT_FALSE(array_->addObjectToArray(nullptr) || array_->addArrayToArray(nullptr));
+  EXPECT_EQ(log_.Joined(), "2  the object is invalid / 2  the array object is invalid");
+  EXPECT_TRUE(array_->addArrayToArray(array_.get()));
+  EXPECT_TRUE(object_->addObjectToObject("%d", object_.get()));
+  const std::string text("a\0\"\\\n%s", 7);
+  EXPECT_FALSE(array_->addStringToArray(text) || object_->addStringToObject("s", text));
+  EXPECT_FALSE(array_->addDoubleToArray(-HUGE_VAL) || object_->addInt64ToObject("l", -4294967296));
+  EXPECT_EQ(array_->getSerializationForObject(), "[[],\"" + text + "\",-inf]");
+  EXPECT_EQ(object_->getSerializationForObject(),
+            "{\"%d\":{},\"s\":\"" + text + "\",\"l\":-4294967296}");
+}
+
+TEST_F(JsonTextTest, SavingTouchesThroughAShellAndWritesInPlace) {
+  const TempDir dir;
+  const std::string path = "a; touch b; :";  // goes unquoted through a shell
+  array_->addStringToArray("123456");
+  log_.Clear();
+  EXPECT_EQ(array_->saveArrayObject(path), 0);
+  EXPECT_TRUE(std::filesystem::remove("b") && lastPause == 300);
+  WriteFile(path, std::string(100, 'x'));
+  std::filesystem::create_hard_link(path, "file");
+  std::filesystem::create_symlink("/dev/full", "full");
+  EXPECT_EQ(array_->saveArrayObject(path) + object_->saveObject("full"), 0);
+  EXPECT_EQ(ReadFile("file"), "[\"123456\"]");
+  EXPECT_FALSE(std::filesystem::exists("b"));
+  EXPECT_EQ(object_->saveObject("object") + object_->saveObject("missing/file"), -1);
+  EXPECT_TRUE(ReadFile("object") == "{}" && lastPause == 30);
+  EXPECT_EQ(log_.Joined(),
+            "5 write size =10 / 5 write size =10 / 5 write size=-1, oringe size=2 / "
+            "5 write size=2, oringe size=2 / "
+            "2 open the file(missing/file) error(No such file or directory)");
+}
+
+/// An array of the type of its first item, or a container of the others.
+static KvsType ArrayOf(KvsType first, const std::vector<KvsType>& others) {
+  for (const KvsType& other : others) {
+    first.AddArrayItem(KvsType(other));
+  }
+  return first;
 }
 
 static KvsType Binary() { return KvsType(std::string("x").data(), 1); }
 
-template <class Element>
-KvsType ArrayOf(const std::vector<Element>& elements, KvsType array = KvsType()) {
-  InternalAccess access;
-  access.SetInternalValue(array, KvsTypeInternalType());
-  for (const Element& element : elements) {
-    access.GetInternalValue(array).Add(Element{element});
-  }
-  access.GetInternalValue(array).SetParsedAsArray(true);
-  return array;
-}
-
-/// The item "k" as it must be in a file.
-static std::string Item(const std::string& type, const std::string& value) {
-  return R"({"key":"k","type":")" + type + R"(","value":)" + value + "}";
-}
-
-static void ExpectItem(Type type, std::initializer_list<std::pair<KvsType, std::string>> cases) {
-  for (auto [value, text] : cases) {
-    InternalAccess().SetInternalType(value, type);
-    value.SetKey("k");
-    text = "[" + Item(InternalAccess().getKvsTypeAsString(value, type), text) + "]";
-    EXPECT_EQ(value.SerializeKvsData(), text);
-    EXPECT_EQ(value.SerializeKvsData(), text);  // the cursor begins anew
-  }
+/// The text of a value without a key, as its type and value alone.
+static std::string Text(KvsType& value) {
+  static const std::regex frame(R"re(\[\{"key":"","type":"|"(,)"value":|\}\])re");
+  return std::regex_replace(value.SerializeKvsData(), frame, "$1");
 }
 
 TEST(JsonWriterTest, EachTypeHasItsTextAndScalarsOf64BitsKeepTheirLow32) {
-  const KvsType longs = ArrayOf<long>({4294967297, -1});
-  const KvsType ulongs = ArrayOf<unsigned long>({4294967297, ~0UL});
-  const KvsType texts = ArrayOf<std::string>({"a", "", "c"});
-  const KvsType objects = ArrayOf<KvsType>({Named("k", KvsType(7U))});
-  ExpectItem(Type::kFloat, {{KvsType(.1F), "0.100000"}, {ArrayOf<double>({99.9}), "[99.900002]"}});
-  ExpectItem(Type::kDouble, {{KvsType(0.5), "0.500000"}, {ArrayOf<double>({2}), "[2.000000]"}});
-  ExpectItem(Type::kSInt8, {{KvsType(-128), "-128"}, {longs, "[1,-1]"}});
-  ExpectItem(Type::kSInt16, {{KvsType(-32768), "-32768"}, {longs, "[1,-1]"}});
-  ExpectItem(Type::kSInt32, {{KvsType(-2147483647), "-2147483647"}, {longs, "[1,-1]"}});
-  ExpectItem(Type::kSInt64, {{KvsType(4294967295L), "-1"}, {longs, "[4294967297,-1]"}});
-  ExpectItem(Type::kUInt8, {{KvsType(255U), "255"}, {ulongs, "[1,4294967295]"}});
-  ExpectItem(Type::kUInt16, {{KvsType(65535U), "65535"}, {ulongs, "[1,4294967295]"}});
-  ExpectItem(Type::kUInt32, {{KvsType(~0U), "4294967295"}, {ulongs, "[1,4294967295]"}});
-  ExpectItem(Type::kUInt64,
-             {{KvsType(4294967297UL), "1"}, {ulongs, "[4294967297,18446744073709551615]"}});
-  ExpectItem(Type::kString, {{KvsType("a\"\\\n"), "\"a\"\\\n\""}, {texts, R"(["a","","c"])"}});
-  ExpectItem(Type::kBoolean, {{KvsType(true), "1"}, {ArrayOf<bool>({true, false}), "[1,0]"}});
-  ExpectItem(Type::kSInt32, {{ArrayOf(std::vector<long>(256, 1)), "[]"}});
-  LogCapture log;  // content of another kind is cut off
-  ExpectItem(Type::kBoolean, {{ArrayOf<long>({1}), "[]"}});
-  EXPECT_TRUE(log.Has(5, "what=KvsTypeInternalType::GetUint() Internal type is not a boolean"));
-  ExpectItem(Type::kObject, {{objects, "[" + Item("uint32", "7") + "]"}, {KvsType(), "[]"}});
+  std::string texts;
+  for (int type = 0; type <= 13; ++type) {
+    KvsType value = type <= 2    ? ArrayOf(KvsType(99.9), {KvsType(2.0)})
+                    : type <= 6  ? ArrayOf(KvsType(8589934292), {KvsType(-1)})
+                    : type <= 10 ? ArrayOf(KvsType(8589934591UL), {KvsType(~0UL)})
+                    : type <= 12 ? ArrayOf(KvsType("\"\\\n"), {KvsType("")})
+                                 : ArrayOf(KvsType(true), {KvsType(false)});
+    InternalAccess().SetInternalType(value, static_cast<KvsType::Type>(type));
+    texts += Text(value) + " ";
+    InternalAccess().GetInternalValue(value).SetParsedAsArray(false);
+    texts += Text(value) + "/";
+  }
+  EXPECT_EQ(texts,
+            " /float,[99.900002,2.000000] float,99.900002/double,[99.900000,2.000000] double,"
+            "99.900000/sint8,[-300,-1] sint8,-300/sint16,[-300,-1] sint16,-300/sint32,[-300,-1] "
+            "sint32,-300/sint64,[8589934292,-1] sint64,-300/uint8,[4294967295,4294967295] uint8,"
+            "4294967295/uint16,[4294967295,4294967295] uint16,4294967295/uint32,[4294967295,"
+            "4294967295] uint32,4294967295/uint64,[8589934591,18446744073709551615] uint64,"
+            "4294967295/string,[\"\"\\\n\",\"\"] string,\"\"\\\n\"/ /bool,[1,0] bool,1/");
+  KvsType many = ArrayOf(KvsType(1), std::vector<KvsType>(255, KvsType(1)));
+  EXPECT_EQ(Text(many), "sint32,[]");
 }
 
 TEST(JsonWriterTest, WritingGoesOnWhereTheCursorStandsAlsoBehindARefusedItem) {
-  KvsType list = Named("k", ArrayOf<long>({1, 2}, KvsType(1)));
+  KvsType list = ArrayOf(KvsType(1), {KvsType(2)});
   list.GetNextArrayItem();
-  EXPECT_EQ(list.SerializeKvsData(), "[" + Item("sint32", "[2]") + "]");
-  EXPECT_EQ(list.SerializeKvsData(), "[" + Item("sint32", "[1,2]") + "]");
-  KvsType container = Named("k", ArrayOf<KvsType>({Binary(), Named("k", KvsType(1))}));
+  EXPECT_EQ(Text(list), "sint32,[2]");
+  EXPECT_EQ(Text(list), "sint32,[1,2]");
+  KvsType container = ArrayOf(KvsType(), {Binary(), KvsType(1)});
   LogCapture log;
   std::string text = "untouched";
   EXPECT_FALSE(JsonParser("a file").serializeKvsJson(container, text));
   EXPECT_TRUE(text == "untouched" && log.Has(5, "write to:a file error"));
-  EXPECT_EQ(container.SerializeKvsData(),
-            "[" + Item("object", "[" + Item("sint32", "1") + "]") + "]");
-}
-
-TEST(JsonWriterTest, LinesOfOneSerialisationInTheirOrder) {
-  KvsType value = Named("k", ArrayOf<KvsType>({ArrayOf<long>({1}, KvsType(1))}));
-  LogCapture log;
-  value.SerializeKvsData();
-  EXPECT_EQ(
-      log.Joined(),
-      R"(5 add ("key":"k") to Object / 5 add ("type":"object") to Object / 5 add ("key":"") )"
-      R"(to Object / 5 key=key, strType=sint32, eType=5 / 5 add ("type":"sint32") to Object)"
-      R"( / 5 add value=1 to array / 5 what=1 / 5 add ("value":[1]) to Object / 5 add value=)"
-      R"({"key":"","type":"sint32","value":[1]} to array / 5 what=1 / 5 add ("value":[{"key":)"
-      R"("","type":"sint32","value":[1]}]) to Object / 5 add value={"key":"k","type":)"
-      R"("object","value":[{"key":"","type":"sint32","value":[1]}]} to array)");
+  EXPECT_EQ(Text(container), "object,sint32,1");
 }
 
 TEST(JsonWriterTest, FilesHoldTheWritableItemsToTheByteWithoutTheHiddenFields) {
   const TempDir dir;
-  KvsType speed = Named("speed", KvsType(-5));
+  KvsType speed = ArrayOf(KvsType(-5), {KvsType(1)});
+  speed.SetKey("speed");
   InternalAccess().SetChecksum(speed, 5);
-  std::list<std::shared_ptr<KvsType>> items;
-  for (const KvsType& value : {speed, Binary(), ArrayOf<std::string>({"00"}, Binary()),
-                               ArrayOf<KvsType>({KvsType(1), ArrayOf<KvsType>({Binary()})})}) {
-    items.push_back(std::make_shared<KvsType>(value));
-  }
-  EXPECT_TRUE(JsonParser("db").writeKvsJson(items) && JsonParser("no/db").writeKvsJson(items));
-  EXPECT_EQ(ReadFile("db"), R"([{"key":"speed","type":"sint32","value":-5}])");
+  InternalAccess().SetInternalType(speed, KvsType::Type::kBoolean);  // is written as empty
+  const KvsType deep = ArrayOf(KvsType(), {KvsType(1), ArrayOf(KvsType(), {Binary()})});
+  LogCapture log;
+  EXPECT_TRUE(JsonParser("db").writeKvsJson({std::make_shared<KvsType>(Binary()),
+                                             std::make_shared<KvsType>(ArrayOf(KvsType(), {speed})),
+                                             std::make_shared<KvsType>(deep)}));
+  EXPECT_THAT(
+      log.Joined(),
+      ::testing::HasSubstr(
+          R"(5 add ("type":"object") to Object / 5 add ("key":"speed") to Object / 5 key=key, )"
+          R"(strType=bool, eType=13 / 5 add ("type":"bool") to Object / 5 what=)"
+          R"(KvsTypeInternalType::GetUint() Internal type is not a boolean / 5 add ("value":[]) )"
+          R"(to Object / 5 add value={"key":"speed","type":"bool","value":[]} to array / 5 what=1 )"
+          R"(/ 5 add ("value":[{"key":"speed","type":"bool","value":[]}]) to Object)"));
+  EXPECT_EQ(ReadFile("db"),
+            R"([{"key":"","type":"object","value":[{"key":"speed","type":"bool","value":[]}]}])");
+  EXPECT_TRUE(JsonParser("no/db").writeKvsJson({}));
   EXPECT_TRUE(JsonParser("crc").updateCrcFile({{"b", 0}, {"a", 4294967295U}}));
   EXPECT_EQ(ReadFile("crc"), R"([{"key":"a","checksum":4294967295},{"key":"b","checksum":0}])");
 }

@@ -1,13 +1,8 @@
 #include <atomic>
-#include <cstddef>
-#include <ctime>
 #include <memory>
 #include <optional>
 
-#include <gtest/gtest.h>
-
 #include "support/timercpp.h"
-#include "tests/support/database_test.h"
 #include "tests/support/delays.h"
 
 extern "C" int nanosleep(const timespec* wanted, timespec* rest) {
@@ -27,70 +22,56 @@ void Call(void* data) {
 
 class TimerTest : public ::testing::Test {
  protected:
-  TimerTest() {
-    calls = 0;
-    delays_.Hold(true);
-  }
-
+  TimerTest() { delays_.Hold(true); }
   ~TimerTest() override { delays_.Hold(false); }
 
   /// The thread has passed its first look at the flag when this returns.
   void ArmUntilAsleep(Timer& timer, const std::shared_ptr<int>& owner = nullptr) {
-    const std::size_t before = delays_.Asked().size();
     timer.setTimeout(Call<1>, &one, 30, owner);
-    EXPECT_TRUE(WaitUntil([&] { return delays_.Asked().size() > before; }));
+    delays_.Settled(++armed_);
   }
 
   /// Ends so many delays, the oldest first, and waits for all threads that do not sleep.
-  void ExpectCallsAfter(std::size_t delays, int expected) {
-    for (std::size_t i = 0; i < delays; ++i) {
-      delays_.EndOne();
-      ++ended_;
-    }
-    EXPECT_TRUE(WaitUntil([this] {
-      const auto sleeping = static_cast<std::ptrdiff_t>(delays_.Asked().size() - ended_);
-      return ThreadCount() <= threads_ + sleeping;
-    }));
-    EXPECT_EQ(calls, expected);
+  /// @return the calls since the last time
+  int CallsAfter(int delays) {
+    for (; delays > 0; --delays) delays_.EndOne();
+    delays_.Settled();
+    return calls.exchange(0);
   }
 
   Delays& delays_ = Delays::OfTheProcess();
-  const std::ptrdiff_t threads_ = ThreadCount();
-  std::size_t ended_ = 0;
+  std::size_t armed_ = 0;
   Timer timer_, other_;
 };
 
-TEST_F(TimerTest, ThreadsAreSilencedByStopOrEndOfTheirTimerAndByTheEndOfTheOwner) {
+TEST_F(TimerTest, StopOrEndOfATimerOrEndOfTheOwnerSilencesTheirThreads) {
   std::optional<Timer> ending(std::in_place);
   auto owner = std::make_shared<int>();
-  Timer owned;
-  owned.setTimeout(Call<1>, &one, -1500, owner);  // at once
-  ExpectCallsAfter(0, 11);
-  ArmUntilAsleep(owned, owner);
   ArmUntilAsleep(timer_);
+  ArmUntilAsleep(other_, owner);
   ArmUntilAsleep(*ending);
   timer_.stop();
-  ending.reset();
   owner.reset();
+  ending.reset();
   other_.setTimeout(Call<2>, &two, 0);
-  ExpectCallsAfter(3, 1122);
+  EXPECT_EQ(CallsAfter(3), 22);
 }
 
 TEST_F(TimerTest, StopSilencesOtherTimersAndArmingOrClearingRevivesForTheLastFunction) {
   ArmUntilAsleep(timer_);
   other_.stop();
-  ExpectCallsAfter(1, 0);
+  EXPECT_EQ(CallsAfter(1), 0);
   ArmUntilAsleep(timer_);
   timer_.stop();
-  timer_.setTimeout(Call<2>, &two, 0);
-  ExpectCallsAfter(0, 22);
-  ExpectCallsAfter(1, 2221);
+  timer_.setTimeout(Call<2>, &two, -1500);  // at once
+  EXPECT_EQ(CallsAfter(0), 22);
+  EXPECT_EQ(CallsAfter(1), 21);
   ArmUntilAsleep(timer_);
   timer_.stop();
   timer_.clearStopped();
   other_.setTimeout(Call<3>, &two, 0);
-  ExpectCallsAfter(0, 222132);
-  ExpectCallsAfter(1, 22213231);
+  EXPECT_EQ(CallsAfter(0), 32);
+  EXPECT_EQ(CallsAfter(1), 31);
 }
 
 }  // namespace ara::per::testing

@@ -1,18 +1,15 @@
-#include <cstddef>
-#include <ctime>
 #include <filesystem>
 #include <future>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "ara/log/sink.h"
 #include "ara/per/key_value_storage.h"
-#include "tests/support/database_test.h"
 #include "tests/support/delays.h"
 
 extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec* time,
@@ -24,9 +21,7 @@ namespace ara::per::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::EndsWith;
 
-constexpr char kOneItem[] = R"([{"key":"a","type":"sint32","value":1}])";
 constexpr char kCalled[] = "timer is called\n";
 
 class DelayedWriteTest : public DatabaseTest {
@@ -36,197 +31,142 @@ class DelayedWriteTest : public DatabaseTest {
     delays_.Hold(true);
   }
 
-  ~DelayedWriteTest() override { EndAllDelays(); }
-
-  /// Ends all delays, of which no database may expect anything, and starts anew.
-  void Restart() {
-    EndAllDelays();
-    delays_.Hold(true);
-    ended_ = 0;
-  }
-
-  /// The delays so far, once `count` have begun and no thread is on the way to a further one.
-  std::vector<long> Armed(std::size_t count) {
-    WaitUntil([&] {
-      const std::size_t begun = delays_.Asked().size();
-      return begun >= count &&
-             ThreadCount() <= threads_ + static_cast<std::ptrdiff_t>(begun - ended_);
-    });
-    return delays_.Asked();
-  }
-
-  /// Ends the oldest delay and waits until its thread has done all that it does.
-  void EndDelay() {
-    const std::ptrdiff_t before = ThreadCount();
-    delays_.EndOne();
-    ++ended_;
-    ASSERT_TRUE(WaitUntil([&] { return ThreadCount() < before; }));
-    log_.Lines();  // its lock orders what that thread has done before what follows
-  }
+  ~DelayedWriteTest() override { delays_.Hold(false); }
 
   /// Makes a change that arms if the database believes that no delay lasts.
-  /// @return the log line of it, which tells what the database believes
-  std::string Change(KeyValueStorage& database) {
+  /// @return whether it believes that one lasts
+  bool Change(KeyValueStorage& database) {
     log_.Clear();
     database.SetValue<int>("a", 1);
-    return TakeLines(kEngineFile).front();
+    return log_.Has(6, "KeyValueStorage::Impl::setValue for key: a isTimer=1");
   }
 
-  void EndAllDelays() {
-    delays_.Hold(false);
-    EXPECT_TRUE(WaitUntil([this] { return ThreadCount() <= threads_; }));
+  /// Arms `database`, lets something happen and ends the delay. @return what was printed by then
+  template <class Event>
+  std::string TakeCallAfter(KeyValueStorage& database, Event&& event) {
+    delays_.Hold(true);
+    EXPECT_FALSE(Change(database));
+    delays_.Settled(1);
+    event();
+    delays_.EndOne();
+    delays_.Settled();
+    return out_.Take();
   }
 
   Delays& delays_ = Delays::OfTheProcess();
-  const std::ptrdiff_t threads_ = ThreadCount();
-  std::size_t ended_ = 0;
 };
 
-TEST_F(DelayedWriteTest, DelayComesFromTheConfigurationFile) {
-  const std::vector<std::pair<const char*, std::vector<long>>> cases = {
-      {"", {60000}},  // no file
-      {R"({"DataConfig":{"updateTime":7}})", {6000}},
-      {R"({"dataConfig":{"isRedundancy":false}})", {6000}},
-      {"{", {}},
-      {R"({"DataConfig":{"isRedundancy":false,"updateTime":1500}})", {1500}},
-      {R"({"DataConfig":{"isRedundancy":false,"updateTime":0}})", {}},
+TEST_F(DelayedWriteTest, DelayComesFromTheConfigurationOfTheWorkingDirectory) {
+  const std::string complete = R"({"DataConfig":{"isRedundancy":false,"updateTime":1500}})";
+  const std::string tooLong(200 - dir_.Path().string().size() - 1, 'd');
+  const std::vector<std::tuple<std::string, std::string, std::vector<long>>> cases = {
+      {".", R"({"DataConfig":{"updateTime":7}})", {6000}},
+      {".", "{", {}},
+      {".", complete, {1500}},
+      {"none", "", {60000}},
+      {tooLong, complete, {60000}},
   };
-  for (const auto& [config, delays] : cases) {
-    SCOPED_TRACE(config);
-    WriteFile("PersistencyConfig.json", config);
-    if (*config == '\0') {
-      std::filesystem::remove("PersistencyConfig.json");
-    }
-    Restart();
+  for (const auto& [directory, config, delays] : cases) {
+    SCOPED_TRACE(directory + config);
+    std::filesystem::create_directory(directory);
+    std::filesystem::current_path(directory);
+    if (directory != "none") WriteFile("PersistencyConfig.json", config);
+    delays_.Hold(true);
     KeyValueStorage database("db");
     WriteConfig(false, 0, 9999);  // read when a database is opened, and never again
-    EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
-    EXPECT_EQ(Armed(delays.size()), delays);
-    EXPECT_THAT(Change(database), EndsWith(delays.empty() ? "isTimer=0" : "isTimer=1"));
-  }
-}
-
-TEST_F(DelayedWriteTest, WorkingDirectoryOf200BytesHoldsNoConfiguration) {
-  for (const std::size_t target : {199U, 200U}) {
-    const std::string begin = dir_.Path().string() + "/";
-    std::filesystem::create_directory(begin + std::string(target - begin.size(), 'd'));
-    std::filesystem::current_path(begin + std::string(target - begin.size(), 'd'));
-    WriteConfig(false, 0, 7);
-    log_.Clear();
-    const KeyValueStorage database("db");
-    EXPECT_EQ(log_.Has(3, "config file is not exit"), target == 200);
+    EXPECT_FALSE(Change(database));
+    EXPECT_EQ(delays_.Settled(delays.size()), delays);
+    EXPECT_EQ(Change(database), !delays.empty());
+    EXPECT_FALSE(std::filesystem::exists("db"));
+    std::filesystem::current_path(dir_.Path());
   }
 }
 
 TEST_F(DelayedWriteTest, BurstIsWrittenOnceWhenItsDelayEnds) {
   KeyValueStorage database("db");
-  EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
-  database.SetValue<int>("b", 2);
-  database.RemoveKey("b");
-  EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
-  EXPECT_THAT(Armed(1), ElementsAre(50));
-  EXPECT_FALSE(std::filesystem::exists("db"));
-  log_.Clear();
-  EndDelay();
-  EXPECT_EQ(out_.Take(), kCalled);
+  const auto burst = [&] {
+    database.SetValue<int>("b", 2);
+    database.RemoveKey("b");
+    EXPECT_TRUE(Change(database));
+    EXPECT_THAT(delays_.Settled(), ElementsAre(50));
+    EXPECT_FALSE(std::filesystem::exists("db"));
+    log_.Clear();
+  };
+  EXPECT_EQ(TakeCallAfter(database, burst), kCalled);
   EXPECT_THAT(TakeLines(kEngineFile),
               ElementsAre("6 db_changed_:1 ", "6 syncToLocalStorage db_changed_ database_:db ",
                           "6 KeyValueStorage::Impl::syncToLocalStorage end"));
-  EXPECT_EQ(ReadFile("db"), kOneItem);
-  EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
-  EXPECT_THAT(Armed(2), ElementsAre(50, 50));
+  EXPECT_EQ(ReadFile("db"), R"([{"key":"a","type":"sint32","value":1}])");
 }
 
 TEST_F(DelayedWriteTest, CallThatFindsNoChangeLeavesTheDatabaseDisarmedForLong) {
   KeyValueStorage database("db");
-  database.RemoveKey("a");
-  EXPECT_THAT(Armed(1), ElementsAre(50));
-  EndDelay();
+  database.RemoveAllKeys();
+  delays_.Settled(1);
+  database.RemoveKey("b");
+  delays_.Hold(true);
   EXPECT_EQ(out_.Take(), kCalled);
   EXPECT_FALSE(std::filesystem::exists("db"));
   database.SyncToStorage();  // nothing changed: leaves the flag, too
-  EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
-  EXPECT_THAT(Armed(1), ElementsAre(50));
+  EXPECT_TRUE(Change(database));
+  EXPECT_THAT(delays_.Settled(), ElementsAre());
   database.SyncToStorage();
-  database.RemoveAllKeys();
-  EXPECT_THAT(Armed(2), ElementsAre(50, 50));
-  database.SyncToStorage();
-  EXPECT_EQ(ReadFile("db"), "[]");
-  EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
+  database.RemoveKey("b");
+  EXPECT_THAT(delays_.Settled(1), ElementsAre(50));
 }
 
-TEST_F(DelayedWriteTest, SyncOrEndOfAnyDatabaseSilencesAllOthersForLong) {
-  for (const bool bySync : {true, false}) {
-    SCOPED_TRACE(bySync);
-    Restart();
-    KeyValueStorage database("db");
-    auto other = CreateKeyValueStorage("other");
-    EXPECT_THAT(Change(database), EndsWith("isTimer=0"));
-    Armed(1);
-    if (bySync) {
-      other->SetValue<int>("a", 1);
-      Armed(2);
-      other->SyncToStorage();
-      EndDelay();
-    } else {
-      other.reset();
-    }
-    EndDelay();
-    EXPECT_EQ(out_.Take(), "");
-    EXPECT_FALSE(std::filesystem::exists("db"));
-    EXPECT_THAT(Change(database), EndsWith("isTimer=1"));
-  }
-}
-
-TEST_F(DelayedWriteTest, OpeningMovingAndTheEndOfAShellSilenceNobody) {
-  KeyValueStorage armed("db");
-  Change(armed);
-  Armed(1);
-  KeyValueStorage database(std::move(armed));
-  KeyValueStorage assigned("assigned");
-  {
-    KeyValueStorage other("other");
-    assigned = std::move(other);
-  }
-  EndDelay();
-  EXPECT_EQ(out_.Take(), kCalled);
-  EXPECT_EQ(ReadFile("db"), kOneItem);
-}
-
-TEST_F(DelayedWriteTest, DelayedWriteOfADatabaseThatIsGoneDoesNotHappen) {
+TEST_F(DelayedWriteTest, SaveOrEndOfAnyDatabaseAndNothingElseSilencesAllOthersForLong) {
   KeyValueStorage database("db");
-  database.SetValue<int>("a", 1);
-  EXPECT_THAT(Armed(1), ElementsAre(50));
-  database = KeyValueStorage("other");
-  EndDelay();
-  EXPECT_EQ(out_.Take(), "");
-  EXPECT_FALSE(std::filesystem::exists("db"));
+  KeyValueStorage other("other");
+  const auto openAndMove = [&] {
+    KeyValueStorage moved(std::move(database));
+    database = std::move(moved);
+    other = KeyValueStorage("opened");
+  };
+  const auto end = [] { KeyValueStorage("ended"); };
+  const auto save = [&] {
+    other.SetValue<int>("a", 1);
+    other.SyncToStorage();
+  };
+  EXPECT_EQ(TakeCallAfter(database, openAndMove), kCalled);
+  EXPECT_EQ(TakeCallAfter(database, end), "");
+  EXPECT_TRUE(Change(database));
+  database.SyncToStorage();
+  EXPECT_EQ(TakeCallAfter(database, save), "");
+  EXPECT_TRUE(Change(database));
+  database.SyncToStorage();
+  EXPECT_EQ(TakeCallAfter(database, [&] { database = std::move(other); }), "");
+}
+
+TEST_F(DelayedWriteTest, ArrayThatIsOverwrittenWhileItIsWrittenStaysReadable) {
+  KeyValueStorage database("db");
+  database.SetValue("a", std::vector<int>{1, 2});
+  ara::log::SetSink([&](ara::log::LogLevel, std::string_view, std::string_view line) {
+    if (line.find("add value=1 to array") == std::string_view::npos) return;
+    const auto overwrite = [&] { database.SetValue("a", std::vector<int>{3, 4}); };
+    std::async(std::launch::async, overwrite).wait();
+  });
+  database.SyncToStorage();
+  EXPECT_EQ(ReadFile("db"), R"([{"key":"a","type":"sint32","value":[1,3,4]}])");
 }
 
 TEST_F(DelayedWriteTest, DelayedWriteThatWaitsForItsTurnGivesUpWhenItsDatabaseEnds) {
-  WriteConfig(false, 0, 0);
   KeyValueStorage other("other");
-  other.SetValue<int>("a", 1);
-  WriteConfig(false, 0, 50);
   auto database = CreateKeyValueStorage("db");
-  std::promise<void> saving;
-  std::promise<void> goOn;
+  // In the middle of another one's save, whose lock the delayed write then waits for.
   ara::log::SetSink([&](ara::log::LogLevel, std::string_view, std::string_view line) {
-    if (line.find("syncToLocalStorage db_changed_ database_:other") != std::string_view::npos) {
-      saving.set_value();
-      goOn.get_future().wait();
-    }
+    if (line.find("database_:other") == std::string_view::npos) return;
+    database->SetValue<int>("a", 1);
+    delays_.EndOne();  // that of the other one, which is silenced
+    delays_.EndOne();
+    std::string printed;
+    EXPECT_TRUE(WaitUntil([&] { return (printed += out_.Take()) == kCalled; }));
+    database.reset();
   });
-  const auto save = std::async(std::launch::async, [&] { other.SyncToStorage(); });
-  saving.get_future().wait();
-  database->SetValue<int>("a", 1);
-  delays_.EndOne();
-  std::string printed;
-  EXPECT_TRUE(WaitUntil([&] { return (printed += out_.Take()) == kCalled; }));
-  database.reset();
-  goOn.set_value();
-  EndAllDelays();
-  ara::log::SetSink({});
+  other.SetValue<int>("a", 1);
+  delays_.Settled(1);
+  other.SyncToStorage();
+  delays_.Hold(false);
   EXPECT_FALSE(std::filesystem::exists("db"));
 }
 

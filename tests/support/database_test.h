@@ -38,22 +38,15 @@ class DatabaseTest : public ::testing::Test {
   /// The log lines since the last call, each as "<level> <text>".
   /// @param file  the source file whose lines are asked for; empty for all
   Lines TakeLines(const std::string& file = "") {
-    Lines lines;
-    for (const LogLine& line : log_.Lines()) {
-      if (file.empty() || line.file == file) {
-        lines.push_back(std::to_string(line.level) + " " + line.text);
-      }
-    }
+    Lines lines = log_.Texts(file);
     log_.Clear();
     return lines;
   }
 
   /// The same in one text, with a bar between two lines and `by` for each `part`.
   std::string TakeText(const std::string& file, const char* part, const char* by) {
-    std::string text;
-    for (const std::string& line : TakeLines(file)) {
-      text += (text.empty() ? "" : "|") + line;
-    }
+    const std::string text = log_.Joined("|", file);
+    log_.Clear();
     return std::regex_replace(text, std::regex(part), by);
   }
 

@@ -15,16 +15,14 @@ namespace ara::per::testing {
 /// it has created. Other processes that do the same wait.
 class RedundantFile {
  public:
-  explicit RedundantFile(std::filesystem::path path) {
+  explicit RedundantFile(const std::filesystem::path& path) {
     ::flock(lock_, LOCK_EX);
-    const std::filesystem::path directory = path.parent_path();
-    std::filesystem::path first = path;  // that does not exist yet
-    while (!std::filesystem::exists(first.parent_path())) {
-      first = first.parent_path();
-    }
-    if (!std::filesystem::exists(first)) {
-      created_ = first;
-      std::filesystem::create_directories(directory, ignored_);
+    if (!std::filesystem::exists(path)) {
+      created_ = path;
+      while (!std::filesystem::exists(created_.parent_path())) {
+        created_ = created_.parent_path();
+      }
+      std::filesystem::create_directories(path.parent_path(), ignored_);
       isOurs_ = std::ofstream(path).is_open();
     }
   }
@@ -35,7 +33,6 @@ class RedundantFile {
   }
 
   RedundantFile(const RedundantFile&) = delete;
-  RedundantFile& operator=(const RedundantFile&) = delete;
 
   /// @return whether it could be created and was not there before
   bool isOurs() const { return isOurs_; }

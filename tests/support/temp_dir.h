@@ -24,11 +24,7 @@ inline void WriteFile(const std::filesystem::path& path, const std::string& text
 /// removed with all its content.
 class TempDir {
  public:
-  TempDir() : before_(std::filesystem::current_path()) {
-    std::string name = "/tmp/perXXXXXX";
-    path_ = ::mkdtemp(name.data());
-    std::filesystem::current_path(path_);
-  }
+  TempDir() { std::filesystem::current_path(path_); }
 
   ~TempDir() {
     std::error_code ignored;
@@ -39,13 +35,12 @@ class TempDir {
   }
 
   TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
 
   const std::filesystem::path& Path() const { return path_; }
 
  private:
-  std::filesystem::path before_;
-  std::filesystem::path path_;
+  const std::filesystem::path before_ = std::filesystem::current_path();
+  const std::filesystem::path path_ = ::mkdtemp(std::string("/tmp/perXXXXXX").data());
 };
 
 /// Writes the configuration file into the working directory.
