@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <mutex>
+#include <system_error>
 
 #include "crc/crc.h"
 #include "fileaccess/file_size.h"
@@ -34,6 +36,12 @@ int Loggable(std::streamoff position) { return static_cast<int>(position); }
 /// Positions and sizes are compared in 32 bits.
 std::uint32_t LowBits(std::streamoff position) { return static_cast<std::uint32_t>(position); }
 
+bool HasSize(const std::string& path) {
+  std::error_code ignored;
+  const std::uintmax_t size = std::filesystem::file_size(path, ignored);
+  return !ignored && size != 0;
+}
+
 }  // namespace
 
 ReadWriteAccessorImpl::ReadWriteAccessorImpl(const std::string& path,
@@ -41,7 +49,8 @@ ReadWriteAccessorImpl::ReadWriteAccessorImpl(const std::string& path,
     : filename(path),
       stream(path, ios_base_adapter::ToOpenmode(mode)),
       pos(stream.tellg()),
-      log_(LogExtend::getLogExtenObject("PersistencyService")) {
+      log_(LogExtend::getLogExtenObject("PersistencyService")),
+      hasSize_(stream.is_open() && HasSize(path)) {
   // Intended: it ends the process, in every kind of build.
   assert(stream.tellg() == stream.tellp());
   // See the fields: who lets go of `alive_` last fulfils the promise.
@@ -173,20 +182,16 @@ long ReadWriteAccessorImpl::read(char* buf, unsigned long n) {
     return -1;
   }
   const std::streamoff start = pos;
-  // Up to there no file refuses to be moved, and two system calls can be saved.
-  const bool isNear = 0 <= start && start <= std::numeric_limits<std::int32_t>::max();
+  // There the file can be moved to for certain, and the position be counted: a system call each.
+  const bool isNear = hasSize_ && 0 <= start && start <= std::numeric_limits<std::int32_t>::max();
   if (isNear) {
-    stream.clear(stream.rdstate() & ~std::ios_base::eofbit);  // measuring goes to the position, too
+    stream.clear(stream.rdstate() & ~std::ios_base::eofbit);  // fileSize() goes there, too
   } else {
     stream.seekg(pos);
   }
-  const std::uint32_t measured = measure();
-  const std::uint32_t size = stream.fail() ? 0 : measured;
-  logSize(size);
+  const std::uint32_t size = fileSize();
   stream.read(buf, static_cast<std::streamsize>(n));
-  // Within its size a file is where the count says; a device may be elsewhere.
-  const std::streamoff counted = start + stream.gcount();
-  pos = isNear && stream.good() && counted <= size ? std::streampos(counted) : stream.tellg();
+  pos = isNear && stream.good() ? std::streampos(start + stream.gcount()) : stream.tellg();
   // Intended: not what the stream has counted.
   const std::uint32_t end = stream.eof() ? size : LowBits(pos);
   const auto length = static_cast<std::int32_t>(end - LowBits(start));
@@ -213,26 +218,18 @@ ReadAccessor& ReadWriteAccessorImpl::operator>>(std::string& s) {
 }
 
 std::uint32_t ReadWriteAccessorImpl::fileSize() {
-  const std::uint32_t size = measure();
-  logSize(size);
-  return size;
-}
-
-std::uint32_t ReadWriteAccessorImpl::measure() {
-  if (!stream.good()) {
-    return 0;
+  std::uint32_t size = 0;
+  if (stream.good()) {
+    const std::streamoff end = stream.rdbuf()->pubseekoff(0, std::ios_base::end);
+    if (end < 0) {
+      stream.setstate(std::ios_base::failbit);
+    }
+    size = LowBits(end);
+    stream.seekg(pos, std::ios_base::beg);
   }
-  const std::streamoff end = stream.rdbuf()->pubseekoff(0, std::ios_base::end);
-  if (end < 0) {
-    stream.setstate(std::ios_base::failbit);
-  }
-  stream.seekg(pos, std::ios_base::beg);
-  return LowBits(end);
-}
-
-void ReadWriteAccessorImpl::logSize(std::uint32_t size) {
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ReadWriteAccessorImpl::fileSize = %d, pos=%d",
                  static_cast<int>(size), Loggable(pos));
+  return size;
 }
 
 long ReadWriteAccessorImpl::write(const char* buf, unsigned long n) {

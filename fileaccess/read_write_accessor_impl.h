@@ -59,9 +59,6 @@ class ReadWriteAccessorImpl final : public ReadWriteAccessor, public TimerData {
   static void onTimer(void* data);
 
  private:
-  /// `fileSize` without its line.
-  std::uint32_t measure();
-  void logSize(std::uint32_t size);
   void recover(const BasicOperations::OpenMode& mode);
   bool writeLocked(const char* buf, unsigned long n);
   void armTimer();
@@ -75,6 +72,10 @@ class ReadWriteAccessorImpl final : public ReadWriteAccessor, public TimerData {
   Timer timer;
   std::string configPath;
   LogExtend* log_;
+
+  // A regular file that was not empty when it was opened. Others may refuse a position, or be
+  // elsewhere than where reading should have brought them.
+  const bool hasSize_;
 
   // A delayed synchronisation holds `alive_` while it runs; `ended_` is there when nobody does.
   std::shared_ptr<const void> alive_;

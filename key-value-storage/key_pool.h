@@ -10,10 +10,10 @@ namespace ara::per {
 
 /// Memory for the nodes and texts of one search tree, packed in the order in which they come as
 /// long as nothing is given back. A search then meets a node and its text side by side and among
-/// other nodes, not strewn over the heap between the values, nor apart as in the pools of
-/// `std::pmr`, one for each size; larger chunks also ask for huge pages,
-/// so that a step of the search seldom waits for the page table. What is given back is used again
-/// for pieces of the same size; the system gets it when the pool ends.
+/// other nodes, not strewn over the heap between the values, and not in separate pools by size, as
+/// those of `std::pmr`. Larger chunks also ask for huge pages, so that a step of the search seldom
+/// waits for the page table. What is given back is used again for pieces of the same size; the
+/// system gets it when the pool ends.
 class KeyPool : public std::pmr::memory_resource {
  public:
   KeyPool() = default;

@@ -35,7 +35,7 @@ bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0;
 
 /// A mutex that is also defined to be unlocked by a thread that does not hold it, which lets the
 /// next one in, and while nobody holds it, which does nothing. It needs neither initialisation nor
-/// destruction: threads may wait while those of this file run.
+/// destruction: threads may wait while the process ends.
 class SyncLock {
  public:
   void lock() {
@@ -83,7 +83,6 @@ bool KeyValueStorage::Impl::KeyLess::operator()(std::string_view left,
 }
 
 struct KeyValueStorage::Impl::Item : KvsType {
-  explicit Item(const KvsType& value) : KvsType(value) {}
   explicit Item(KvsType&& value) : KvsType(std::move(value)) {}
 
   ItemList::iterator place;  // where the engine's list holds this item
@@ -262,17 +261,15 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
                  "KeyValueStorage::Impl::setValue for key: %s isTimer=%d", key.c_str(),
                  static_cast<int>(isTimer));
   db_changed_ = true;  // Intended: also by an equal value and by one that is refused below
-  static_cast<void>(value.GetType());  // a moved-from value throws before anything is overwritten
+  KvsType keyed(std::forward<Value>(value));
+  keyed.SetKey(key);  // a moved-from value throws before anything is overwritten
   const auto entry = kvs_items_.lower_bound(key);
   if (entry != kvs_items_.end() && std::string_view(entry->first) == key) {
-    KvsType& item = *entry->second;
-    item = value;  // never moved: a delayed write may be reading what the item holds
-    item.SetKey(key);
+    *entry->second = keyed;  // never moved: a delayed write may be reading a number of the item
   } else {
     log_->logPrint(LogLevel::kWarn,
                    ARA_PER_LINE("KeyValueStorage::Impl::setValue not find the key"));
-    const auto item = std::make_shared<Item>(std::forward<Value>(value));
-    item->SetKey(key);
+    const auto item = std::make_shared<Item>(std::move(keyed));
     ItemList appended = {item};  // nothing behind the map's entry can fail
     item->place = appended.begin();
     kvs_items_.emplace_hint(entry, key, item);

@@ -1,5 +1,6 @@
 #include "ara/per/kvs_type_impl_internal_type.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <stdexcept>
@@ -89,14 +90,16 @@ KvsTypeInternalType& KvsTypeInternalType::operator=(const KvsTypeInternalType& o
   if (this == &other) {
     return *this;
   }
-  // Whatever fails below, no cursor stands on an element that is gone.
-  scalar_cursor_ = scalar_list_.end();
-  object_cursor_ = object_list_.end();
-  string_cursor_ = string_list_.end();
-  // Element by element into the nodes that are there: a delayed write may be reading them.
-  scalar_list_ = other.scalar_list_;
-  object_list_ = other.object_list_;
-  string_list_ = other.string_list_;
+  // Whatever can throw happens here; and `other` may be inside one of our objects.
+  KvsTypeInternalType copy(other);
+  if (scalar_list_.size() == copy.scalar_list_.size()) {
+    // Into the nodes that are there: a delayed write may be reading a number.
+    std::copy(copy.scalar_list_.begin(), copy.scalar_list_.end(), scalar_list_.begin());
+  } else {
+    scalar_list_.swap(copy.scalar_list_);
+  }
+  object_list_.swap(copy.object_list_);
+  string_list_.swap(copy.string_list_);
   kind_ = other.kind_;
   parsed_as_array_ = other.parsed_as_array_;
   restart_pending_ = other.restart_pending_;
