@@ -16,7 +16,8 @@ namespace crc {
 /// `crc::CRC`. A view that exists may be read, as long as the bytes live.
 ///
 /// Each failed check is also logged as a warning. Intended: a view of a vector logs one more, also
-/// when nothing fails. A view is for one thread; any number of views may show the same bytes.
+/// when nothing fails, but for bounds that are crossed. A view is for one thread; any number of
+/// views may show the same bytes.
 class ARA_PER_EXPORT BufferView {
  public:
   /// Views `count` bytes from `bytes`; a null pointer with a count of 0 is an empty view.

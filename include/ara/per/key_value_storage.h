@@ -69,7 +69,8 @@ class ARA_PER_EXPORT KeyValueStorage {
   ///     has been made by then
   void RemoveKey(const std::string& key);
 
-  /// Removes all keys from memory. It throws as `RemoveKey` does.
+  /// Removes all keys from memory. It throws as `RemoveKey` does, and, when there were none, starts
+  /// the delay as that does for a missing one.
   void RemoveAllKeys();
 
   /// Intended: does nothing.
@@ -82,14 +83,14 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// bits; other groups of types are not converted. What is stored as a plain value reads as a
   /// vector of one element. A vector of `unsigned char` is a text of hexadecimal digits.
   ///
-  /// Intended: a missing key gives `kSuccess` and an empty vector or container; ask `HasKey`. An
-  /// array of numbers or flags with a multiple of 256 elements reads as an empty vector.
-  /// `KvsType` is a copy made through the text of a database file, with its losses; `value` is
-  /// written whatever the status.
+  /// Intended: a vector, but for one of bytes, and a `KvsType` of a missing key give `kSuccess` and
+  /// are empty; ask `HasKey`. An array of numbers or flags with a multiple of 256 elements reads as
+  /// an empty vector and prints "0" and a line end on standard output for each of them. `KvsType`
+  /// is a copy made through the text of a database file, with its losses; `value` is written
+  /// whatever the status.
   /// @param value  receives the value; untouched unless the result is `kSuccess`, but see above
-  /// An element that cannot be read prints "0" and a line end on standard output.
-  /// @return `kGeneralError` for a wrong type, for a missing key read as a plain value and for a
-  ///     byte string of odd length; otherwise the stored value's status, `kSuccess` as a rule
+  /// @return `kGeneralError` for a wrong type, for a byte string of odd length and, but see above,
+  ///     for a missing key; otherwise the stored value's status, `kSuccess` as a rule
   /// @throws LogicErrorException when a vector's element is of another group; `value` is untouched
   template <class T>
   Status GetValue(const std::string& key, T& value) const;
@@ -100,8 +101,8 @@ class ARA_PER_EXPORT KeyValueStorage {
   ///
   /// Intended: a file does not hold all that memory does. It keeps the low half of a plain 64-bit
   /// number and six decimals, no `kBinary`, and no array of numbers or flags with a multiple of 256
-  /// elements; a quote or a control character in a text, infinity and not-a-number make it
-  /// unreadable.
+  /// elements; a quote, a backslash or a control character in a key or a text, infinity and
+  /// not-a-number make it unreadable or come back changed.
   /// @return `kGeneralError` for an empty vector, which leaves the key as it was; else `kSuccess`
   /// @throws LogicErrorException for a moved-from `KvsType`; the key is as it was
   /// @throws std::system_error as `RemoveKey` does
@@ -110,10 +111,10 @@ class ARA_PER_EXPORT KeyValueStorage {
 
   /// Writes the whole database to its file now, when it was changed, and waits for the disk.
   ///
-  /// Intended: it silences every delayed write that is pending in the process, also those of other
-  /// databases, which start none until they are synchronised. No failure is reported. With
-  /// redundancy configured, a file that is not smaller than `maxSize` bytes refuses the write, and
-  /// the changes stay in memory until a later change.
+  /// Intended: with a change it silences all delays that are pending in the process, also those of
+  /// other databases and of accessors; as a rule these start none until they are synchronised. No
+  /// failure is reported. With redundancy configured, a file that is not smaller than `maxSize`
+  /// bytes refuses the write, and the changes stay in memory until a later change.
   /// @throws LogicErrorException when an item inside a stored object was moved from, which only
   ///     `InternalAccess` can bring about; nothing is written, and no database of the process can
   ///     be written after that until another one is opened
