@@ -82,7 +82,6 @@ TEST(CrcTest, LaterCallPointerFormAndReflectLogTheirSteps) {
 TEST(BufferViewTest, MoveTakesTheBytesFromTheSource) {
   BufferView first(kCheckText, 2), moved(std::move(first)), assigned(kCheckText, 9);
   assigned = std::move(moved);
-  assigned = std::move(*&assigned);
   EXPECT_EQ(CRC::CalculateCRC32(std::move(assigned), true), CRC::do_crc32(kCheckText.data(), 2));
   for (BufferView* const source : {&first, &moved, &assigned}) {
     EXPECT_EQ(CRC::CalculateCRC32(std::move(*source), true), 0U);

@@ -55,7 +55,8 @@ TEST_F(LogExtendTest, FormatsReadAsPrintfWritesThemInLinesOf1023BytesAtMost) {
 }
 
 TEST_F(LogExtendTest, EndOfLocalObjectMakesTheNextCallerCreateTheSharedOneAnew) {
-  static LogExtend* const first = log_;  // stays reachable
+  static LogExtend* first;  // stays reachable
+  first = log_;
   {
     const LogExtend local("local", 2);
     EXPECT_EQ(LogExtend::getLogExtenObject(""), first);

@@ -23,20 +23,13 @@ TEST_F(UpdateValuesTest, SplittingDropsEmptyPiecesAndTrimsNothing) {
   EXPECT_EQ(update_.parserSplit("a;b,c", ';'), (Lines{"a", "b,c"}));
 }
 
-TEST_F(UpdateValuesTest, NamesOfTypesAndUpdatesHaveTheirNumbers) {
+TEST_F(UpdateValuesTest, NamesOfTypesHaveTheirNumbers) {
   const Lines types = {"object", "float",  "double", "sint8",  "sint16", "sint32", "sint64",
                        "uint8",  "uint16", "uint32", "uint64", "string", "binary", "bool"};
   for (std::size_t i = 0; i < types.size(); ++i) {
     EXPECT_EQ(static_cast<std::size_t>(update_.switchType(types[i])), i) << types[i];
   }
   EXPECT_EQ(update_.switchType("Sint8"), KvsType::Type::kNotSupported);
-
-  // All but "installation" and "update" is an uninstallation.
-  std::string numbers;
-  for (const char* text : {"installation", "update", "uninstallation", "Update", "update ", ""}) {
-    numbers += std::to_string(static_cast<int>(update_.switchUpdateType(text)));
-  }
-  EXPECT_EQ(numbers, "012222");
 }
 
 TEST_F(UpdateValuesTest, PathsAreCutAtTheirLastSlashThatIsNotAtTheEnd) {

@@ -12,6 +12,7 @@
 #include "ara/per/key_value_storage.h"
 #include "tests/support/delays.h"
 
+// For all tests of this program.
 extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec* time,
                                                                 timespec* rest) {
   return ara::per::testing::Delays::OfTheProcess().Sleep(*time, rest);
@@ -64,12 +65,13 @@ TEST_F(DelayedWriteTest, DelayComesFromTheConfigurationOfTheWorkingDirectory) {
       {".", "{", {}},
       {".", complete, {1500}},
       {"none", "", {60000}},
+      {tooLong.substr(1), complete, {1500}},
       {tooLong, complete, {60000}},
   };
   for (const auto& [directory, config, delays] : cases) {
     SCOPED_TRACE(directory + config);
-    std::filesystem::create_directory(directory);
-    std::filesystem::current_path(directory);
+    std::filesystem::create_directory(dir_.Path() / directory);
+    std::filesystem::current_path(dir_.Path() / directory);
     if (directory != "none") WriteFile("PersistencyConfig.json", config);
     delays_.Hold(true);
     KeyValueStorage database("db");
@@ -78,7 +80,6 @@ TEST_F(DelayedWriteTest, DelayComesFromTheConfigurationOfTheWorkingDirectory) {
     EXPECT_EQ(delays_.Settled(delays.size()), delays);
     EXPECT_EQ(Change(database), !delays.empty());
     EXPECT_FALSE(std::filesystem::exists("db"));
-    std::filesystem::current_path(dir_.Path());
   }
 }
 
@@ -93,7 +94,7 @@ TEST_F(DelayedWriteTest, BurstIsWrittenOnceWhenItsDelayEnds) {
     log_.Clear();
   };
   EXPECT_EQ(TakeCallAfter(database, burst), kCalled);
-  EXPECT_THAT(TakeLines(kEngineFile),
+  EXPECT_THAT(log_.Texts(kEngineFile),
               ElementsAre("6 db_changed_:1 ", "6 syncToLocalStorage db_changed_ database_:db ",
                           "6 KeyValueStorage::Impl::syncToLocalStorage end"));
   EXPECT_EQ(ReadFile("db"), R"([{"key":"a","type":"sint32","value":1}])");
@@ -121,7 +122,7 @@ TEST_F(DelayedWriteTest, SaveOrEndOfAnyDatabaseAndNothingElseSilencesAllOthersFo
   const auto openAndMove = [&] {
     KeyValueStorage moved(std::move(database));
     database = std::move(moved);
-    other = KeyValueStorage("opened");
+    other = KeyValueStorage("opened");  // an end, too, but one that silences nobody else
   };
   const auto end = [] { KeyValueStorage("ended"); };
   const auto save = [&] {

@@ -34,10 +34,7 @@ using Direction = BasicOperations::SeekDirection;
 constexpr char kRedundantFile[] = ARA_PER_REDUNDANT_DIR "/fileProxy.json";
 constexpr Mode kInOut = Mode::in | Mode::out;
 
-std::ptrdiff_t Descriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return std::distance(begin(all), end(all));
-}
+std::ptrdiff_t Descriptors() { return EntryCount("/proc/self/fd"); }
 
 /// The flags, "g" for none, and the position: "g@3".
 std::string State(BasicOperations& file) {
@@ -156,24 +153,25 @@ TEST_F(FileProxyTest, SequencesMoveOnePositionAndSetTheFlags) {
 
 TEST_F(FileProxyTest, StepsLogTheirLines) {
   const auto readable = Open("", Mode::in);
-  TakeLines();
+  log_.Clear();
   const auto file = Open("0123456789,AB");
   file->fsync();
   file->write("ab\0c", 1);
-  file->write("ab\0c", 4);
+  file->write("abc\0", 4);
   for (const char* const step : {"fsync", "read 2", "<< x", "fsync", "getline", ">>", "fsync"}) {
     Do(*file, step);
   }
   Do(*readable, "write z");
   Do(*readable, "fsync");
-  EXPECT_EQ(TakeAccessorText(),
-            "6 configPath=" + dir_.Path().string() +
-                "/PersistencyConfig.json pos=0, filename=./k|6 @ReadWriteAccessorImpl base data is "
-                "good|6 @fsync end.|6 write len=1 :a, pos=0|6 @write end.1|6 write len=4 :ab, pos=1"
-                "|6 @write end.4|6 @fsync dataSize is:13 |6 @fsync end.|6 @fileSize = 13, pos=5"
-                "|6 @read len is 2|6 @operator<< x |6 @fsync end.|6 @getline string:89 "
-                "|6 @operator>> string:AB |6 @fsync end.|6 write len=1 :z, pos=0"
-                "|2 @init stream is bad|6 @fsync end.");
+  EXPECT_EQ(
+      TakeAccessorText(),
+      "6 configPath=" + dir_.Path().string() +
+          "/PersistencyConfig.json pos=0, filename=./k|6 @ReadWriteAccessorImpl base data is "
+          "good|6 @fsync end.|6 write len=1 :a, pos=0|6 @write end.1|6 write len=4 :abc, pos=1"
+          "|6 @write end.4|6 @fsync dataSize is:13 |6 @fsync end.|6 @fileSize = 13, pos=5"
+          "|6 @read len is 2|6 @operator<< x |6 @fsync end.|6 @getline string:89 "
+          "|6 @operator>> string:AB |6 @fsync end.|6 write len=1 :z, pos=0"
+          "|2 @init stream is bad|6 @fsync end.");
 }
 
 TEST_F(FileProxyTest, FactoryListsTestsAndDeletesAndLogsItsSteps) {
@@ -184,7 +182,7 @@ TEST_F(FileProxyTest, FactoryListsTestsAndDeletesAndLogsItsSteps) {
     EXPECT_FALSE(factory_->HasKey(key)) << key;
   }
   std::filesystem::rename("PersistencyConfig.json", "k");
-  TakeLines();
+  log_.Clear();
   const std::ptrdiff_t descriptors = Descriptors();
   EXPECT_TRUE(factory_->HasKey("k"));
   EXPECT_EQ(Descriptors(), descriptors + 1);
@@ -209,6 +207,10 @@ TEST_F(FileProxyTest, KeysThatAreNoFilesAndFilesThatGoTellItByTheirFlags) {
   Walk(*factory_->CreateRWAccess("fifo", kInOut),
        "size = 4294967295 f@-1 | write a = 0 f@-1 | read 1 = 0: f@-1");
   EXPECT_TRUE(factory_->CreateRWAccess(".", kInOut)->fail());
+  // It has no end to go to, but positions.
+  std::filesystem::create_symlink("/proc/version", "endless");
+  Walk(*factory_->CreateRWAccess("endless", Mode::in),
+       "seek 6 = g@6 | read 1 = -7: f@-1 | clear = g@-1 | get = 118 g@-1");
   const auto file = Open("abc");
   std::filesystem::remove("k");
   Walk(*file, "write d = 1 g@1 | fsync = g@1 | read 3 = 2:bc ef@-1");
@@ -249,12 +251,13 @@ TEST_F(FileProxyTest, ConfigurationComesFromTheWorkingDirectory) {
       {".", complete + "0}}", {}},
       {".", complete + "70000}}", {70000}},
       {".", R"({"DataConfig":{"updateTime":0}})", {60000}},
+      {tooLong.substr(1), complete + "0}}", {}},
       {tooLong, complete + "0}}", {60000}},
   };
   for (const auto& [directory, config, delays] : cases) {
     SCOPED_TRACE(directory + config);
-    std::filesystem::create_directory(directory);
-    std::filesystem::current_path(directory);
+    std::filesystem::create_directory(dir_.Path() / directory);
+    std::filesystem::current_path(dir_.Path() / directory);
     WriteFile("PersistencyConfig.json", config);
     delays_.Hold(true);
     const auto file = Open("abc");

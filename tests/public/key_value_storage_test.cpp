@@ -13,7 +13,7 @@
 
 #include "ara/per/internal_access.h"
 #include "ara/per/logic_error_exception.h"
-#include "tests/support/database_test.h"
+#include "tests/support/delays.h"
 #include "tests/support/redundant_file.h"
 
 namespace ara::per::testing {
@@ -166,6 +166,7 @@ TEST_F(KeyValueStorageTest, ExceptionOutOfASaveBlocksWritersUntilADatabaseIsOpen
   bad.SetValue("a", value);
   EXPECT_THROW(bad.SyncToStorage(), LogicErrorException);
   const auto writer = std::async(std::launch::async, [&] { good.SyncToStorage(); });
+  // On a machine so slow that the writer has not come that far, this shows nothing.
   EXPECT_EQ(writer.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
   const KeyValueStorage opened("opened");
   ASSERT_EQ(writer.wait_for(std::chrono::seconds(20)), std::future_status::ready);
@@ -176,6 +177,9 @@ TEST_F(KeyValueStorageTest, ExceptionOutOfASaveBlocksWritersUntilADatabaseIsOpen
 
 class RedundancyTest : public KeyValueStorageTest {
  protected:
+  RedundancyTest() { Delays::OfTheProcess().Hold(true); }
+  ~RedundancyTest() override { Delays::OfTheProcess().Hold(false); }
+
   void SetUp() override {
     if (!redundant_.isOurs()) {
       GTEST_SKIP() << kRedundantFile << " is not the tests' own or cannot be created";

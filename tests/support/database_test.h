@@ -35,15 +35,8 @@ class DatabaseTest : public ::testing::Test {
  protected:
   DatabaseTest() { WriteConfig(false, 0, 0); }
 
-  /// The log lines since the last call, each as "<level> <text>".
-  /// @param file  the source file whose lines are asked for; empty for all
-  Lines TakeLines(const std::string& file = "") {
-    Lines lines = log_.Texts(file);
-    log_.Clear();
-    return lines;
-  }
-
-  /// The same in one text, with a bar between two lines and `by` for each `part`.
+  /// The log lines since the last call, each as "<level> <text>", in one text with a bar between
+  /// two lines and `by` for each `part`.
   std::string TakeText(const std::string& file, const char* part, const char* by) {
     const std::string text = log_.Joined("|", file);
     log_.Clear();

@@ -16,10 +16,12 @@ namespace ara::per::testing {
 // A sanitizer's own thread starts with the first one of the process and must not be counted later.
 inline const bool kThreadStarted = (std::thread([] {}).join(), true);
 
-inline std::ptrdiff_t ThreadCount() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
+inline std::ptrdiff_t EntryCount(const char* directory) {
+  const std::filesystem::directory_iterator entries(directory);
+  return std::distance(begin(entries), end(entries));
 }
+
+inline std::ptrdiff_t ThreadCount() { return EntryCount("/proc/self/task"); }
 
 /// What stands before the C library's `nanosleep` in this program: while it is held, the delays of
 /// the process end when the test says so and not by the clock.

@@ -5,18 +5,12 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ara/log/sink.h"
 
 namespace ara::per::testing {
-
-/// One captured line: the file that it names, its level and its text behind the "[file][line]".
-struct LogLine {
-  std::string file;
-  int level;
-  std::string text;
-};
 
 /// Captures every log line of the process, of all levels, while it lives.
 class LogCapture {
@@ -26,8 +20,9 @@ class LogCapture {
     ara::log::SetSink([this](ara::log::LogLevel level, std::string_view, std::string_view line) {
       const std::size_t end = line.find("][");
       const std::lock_guard<std::mutex> guard(mutex_);
-      lines_.push_back({std::string(line.substr(1, end - 1)), static_cast<int>(level),
-                        std::string(line.substr(line.find(']', end + 2) + 1))});
+      lines_.emplace_back(line.substr(1, end - 1),
+                          std::to_string(static_cast<int>(level)) + " " +
+                              std::string(line.substr(line.find(']', end + 2) + 1)));
     });
   }
 
@@ -41,10 +36,8 @@ class LogCapture {
   std::vector<std::string> Texts(std::string_view file = "") const {
     const std::lock_guard<std::mutex> guard(mutex_);
     std::vector<std::string> texts;
-    for (const LogLine& line : lines_) {
-      if (file.empty() || line.file == file) {
-        texts.push_back(std::to_string(line.level) + " " + line.text);
-      }
+    for (const auto& [place, text] : lines_) {
+      if (file.empty() || place == file) texts.push_back(text);
     }
     return texts;
   }
@@ -70,7 +63,7 @@ class LogCapture {
 
  private:
   mutable std::mutex mutex_;
-  std::vector<LogLine> lines_;
+  std::vector<std::pair<std::string, std::string>> lines_;  // source file; "<level> <text>"
   const ara::log::LogLevel threshold_;
 };
 

@@ -1,10 +1,6 @@
 #ifndef TESTS_SUPPORT_REDUNDANT_FILE_H_
 #define TESTS_SUPPORT_REDUNDANT_FILE_H_
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -12,11 +8,10 @@
 namespace ara::per::testing {
 
 /// Creates a file in the compiled-in directory of the redundant copies and removes in the end what
-/// it has created. Other processes that do the same wait.
+/// it has created.
 class RedundantFile {
  public:
   explicit RedundantFile(const std::filesystem::path& path) {
-    ::flock(lock_, LOCK_EX);
     if (!std::filesystem::exists(path)) {
       created_ = path;
       while (!std::filesystem::exists(created_.parent_path())) {
@@ -27,10 +22,7 @@ class RedundantFile {
     }
   }
 
-  ~RedundantFile() {
-    std::filesystem::remove_all(created_, ignored_);
-    ::close(lock_);
-  }
+  ~RedundantFile() { std::filesystem::remove_all(created_, ignored_); }
 
   RedundantFile(const RedundantFile&) = delete;
 
@@ -38,7 +30,6 @@ class RedundantFile {
   bool isOurs() const { return isOurs_; }
 
  private:
-  const int lock_ = ::open(std::filesystem::temp_directory_path().c_str(), O_RDONLY | O_CLOEXEC);
   std::filesystem::path created_;
   std::error_code ignored_;
   bool isOurs_ = false;

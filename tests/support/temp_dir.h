@@ -20,8 +20,8 @@ inline void WriteFile(const std::filesystem::path& path, const std::string& text
   std::ofstream(path, std::ios::binary) << text;
 }
 
-/// A fresh directory with a short name that is the working directory while the object lives and is
-/// removed with all its content.
+/// A fresh directory with a short name, for tests of paths of 80 bytes, that is the working
+/// directory while the object lives and is removed with all its content.
 class TempDir {
  public:
   TempDir() { std::filesystem::current_path(path_); }
