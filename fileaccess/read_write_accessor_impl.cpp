@@ -182,14 +182,15 @@ long ReadWriteAccessorImpl::read(char* buf, unsigned long n) {
     return -1;
   }
   const std::streamoff start = pos;
-  // There the file can be moved to for certain, and the position be counted: a system call each.
+  // There every file can be moved to, unless what was written does not fit, and the position be
+  // counted, which saves a system call each.
   const bool isNear = hasSize_ && 0 <= start && start <= std::numeric_limits<std::int32_t>::max();
   if (isNear) {
     stream.clear(stream.rdstate() & ~std::ios_base::eofbit);  // fileSize() goes there, too
   } else {
     stream.seekg(pos);
   }
-  const std::uint32_t size = fileSize();
+  const std::uint32_t size = isNear ? measure(0) : fileSize();
   stream.read(buf, static_cast<std::streamsize>(n));
   pos = isNear && stream.good() ? std::streampos(start + stream.gcount()) : stream.tellg();
   // Intended: not what the stream has counted.
@@ -217,14 +218,17 @@ ReadAccessor& ReadWriteAccessorImpl::operator>>(std::string& s) {
   return *this;
 }
 
-std::uint32_t ReadWriteAccessorImpl::fileSize() {
+std::uint32_t ReadWriteAccessorImpl::fileSize() { return measure(LowBits(-1)); }
+
+std::uint32_t ReadWriteAccessorImpl::measure(std::uint32_t unseekable) {
   std::uint32_t size = 0;
   if (stream.good()) {
     const std::streamoff end = stream.rdbuf()->pubseekoff(0, std::ios_base::end);
+    size = LowBits(end);
     if (end < 0) {
       stream.setstate(std::ios_base::failbit);
+      size = unseekable;
     }
-    size = LowBits(end);
     stream.seekg(pos, std::ios_base::beg);
   }
   log_->logPrint(LogLevel::kVerbose, ARA_PER_HERE, "ReadWriteAccessorImpl::fileSize = %d, pos=%d",

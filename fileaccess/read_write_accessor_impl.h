@@ -59,6 +59,8 @@ class ReadWriteAccessorImpl final : public ReadWriteAccessor, public TimerData {
   static void onTimer(void* data);
 
  private:
+  /// `fileSize`, which is `unseekable` when the stream cannot be moved.
+  std::uint32_t measure(std::uint32_t unseekable);
   void recover(const BasicOperations::OpenMode& mode);
   bool writeLocked(const char* buf, unsigned long n);
   void armTimer();
@@ -73,8 +75,8 @@ class ReadWriteAccessorImpl final : public ReadWriteAccessor, public TimerData {
   std::string configPath;
   LogExtend* log_;
 
-  // A regular file that was not empty when it was opened. Others may refuse a position, or be
-  // elsewhere than where reading should have brought them.
+  // Whether it is a regular file that had content when it was opened. Others may refuse a position,
+  // or report one that reading has not come to.
   const bool hasSize_;
 
   // A delayed synchronisation holds `alive_` while it runs; `ended_` is there when nobody does.

@@ -57,7 +57,7 @@ bool JsonArray::addArrayToArray(JsonArray* array) {
 std::string JsonArray::getSerializationForObject() { return m_text; }
 
 int JsonArray::saveArrayObject(std::string path) {
-  constexpr unsigned int kPause = 300;  // us. Intended: not an object's
+  constexpr unsigned int kPause = 300;  // us. Intended: differs from an object's
   return SaveText(path, m_text, m_length, kPause, *m_log, ARA_PER_HERE, [this](ssize_t) {
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "write size =%d", m_length);
   });

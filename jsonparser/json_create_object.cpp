@@ -63,7 +63,7 @@ bool JsonObject::addObjectToObject(std::string name, JsonObject* object) {
 std::string JsonObject::getSerializationForObject() { return m_text; }
 
 int JsonObject::saveObject(std::string path) {
-  constexpr unsigned int kPause = 30;  // us. Intended: not an array's
+  constexpr unsigned int kPause = 30;  // us. Intended: differs from an array's
   return SaveText(path, m_text, m_length, kPause, *m_log, ARA_PER_HERE, [this](ssize_t written) {
     m_log->logPrint(LogLevel::kDebug, ARA_PER_HERE, "write size=%d, oringe size=%d",
                     static_cast<int>(written), m_length);

@@ -265,7 +265,7 @@ void KeyValueStorage::Impl::storeValue(const std::string& key, Value&& value) {
   keyed.SetKey(key);  // a moved-from value throws before anything is overwritten
   const auto entry = kvs_items_.lower_bound(key);
   if (entry != kvs_items_.end() && std::string_view(entry->first) == key) {
-    *entry->second = keyed;  // never moved: a delayed write may be reading a number of the item
+    *entry->second = keyed;  // never moved: a delayed write may be reading the item
   } else {
     log_->logPrint(LogLevel::kWarn,
                    ARA_PER_LINE("KeyValueStorage::Impl::setValue not find the key"));

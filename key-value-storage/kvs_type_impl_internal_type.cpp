@@ -49,6 +49,19 @@ typename List::iterator SamePlace(const List& source, typename List::const_itera
   return std::next(target.begin(), std::distance(source.begin(), cursor));
 }
 
+/// Assigns element by element if their number is the same, and else all at once: a delayed write
+/// may be reading one. @return the place of `cursor` in `target`
+template <class List>
+typename List::iterator AssignElements(List& source, typename List::iterator cursor, List& target) {
+  const auto place = std::distance(source.begin(), cursor);
+  if (target.size() == source.size()) {
+    std::copy(source.begin(), source.end(), target.begin());
+  } else {
+    target.swap(source);
+  }
+  return std::next(target.begin(), place);
+}
+
 }  // namespace
 
 template <class Scalar>
@@ -90,21 +103,14 @@ KvsTypeInternalType& KvsTypeInternalType::operator=(const KvsTypeInternalType& o
   if (this == &other) {
     return *this;
   }
-  // Whatever can throw happens here; and `other` may be inside one of our objects.
-  KvsTypeInternalType copy(other);
-  if (scalar_list_.size() == copy.scalar_list_.size()) {
-    // Into the nodes that are there: a delayed write may be reading a number.
-    std::copy(copy.scalar_list_.begin(), copy.scalar_list_.end(), scalar_list_.begin());
-  } else {
-    scalar_list_.swap(copy.scalar_list_);
-  }
-  object_list_.swap(copy.object_list_);
-  string_list_.swap(copy.string_list_);
-  kind_ = other.kind_;
-  parsed_as_array_ = other.parsed_as_array_;
-  restart_pending_ = other.restart_pending_;
-  second_flag_ = other.second_flag_;
-  copyCursors(other);
+  KvsTypeInternalType copy(other);  // which may be inside one of our objects
+  scalar_cursor_ = AssignElements(copy.scalar_list_, copy.scalar_cursor_, scalar_list_);
+  object_cursor_ = AssignElements(copy.object_list_, copy.object_cursor_, object_list_);
+  string_cursor_ = AssignElements(copy.string_list_, copy.string_cursor_, string_list_);
+  kind_ = copy.kind_;
+  parsed_as_array_ = copy.parsed_as_array_;
+  restart_pending_ = copy.restart_pending_;
+  second_flag_ = copy.second_flag_;
   return *this;
 }
 

@@ -83,7 +83,7 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// bits; other groups of types are not converted. What is stored as a plain value reads as a
   /// vector of one element. A vector of `unsigned char` is a text of hexadecimal digits.
   ///
-  /// Intended: a vector, but for one of bytes, and a `KvsType` of a missing key give `kSuccess` and
+  /// Intended: a vector (except one of bytes) and a `KvsType` of a missing key give `kSuccess` and
   /// are empty; ask `HasKey`. An array of numbers or flags with a multiple of 256 elements reads as
   /// an empty vector and prints "0" and a line end on standard output for each of them. `KvsType`
   /// is a copy made through the text of a database file, with its losses; `value` is written
@@ -102,7 +102,7 @@ class ARA_PER_EXPORT KeyValueStorage {
   /// Intended: a file does not hold all that memory does. It keeps the low half of a plain 64-bit
   /// number and six decimals, no `kBinary`, and no array of numbers or flags with a multiple of 256
   /// elements; a quote, a backslash or a control character in a key or a text, infinity and
-  /// not-a-number make it unreadable or come back changed.
+  /// not-a-number make the file unreadable, or the text comes back changed.
   /// @return `kGeneralError` for an empty vector, which leaves the key as it was; else `kSuccess`
   /// @throws LogicErrorException for a moved-from `KvsType`; the key is as it was
   /// @throws std::system_error as `RemoveKey` does

@@ -77,8 +77,8 @@ class ARA_PER_EXPORT KvsTypeInternalType {
   /// Intended: of the number of scalars only the low byte is tested, so that a store of 256 of
   /// them, or any multiple, counts as empty here and nowhere else.
   /// @throws std::logic_error with the text "1" at the end; "0" when the scalars count as none, for
-  ///     `getNext` also when there are none; "-1" when `GetStringNext` meets
-  ///     another kind, `kNone` too, or a sentence when another operation does
+  ///     `getNext` also when there are none; "-1" when `GetStringNext` meets another kind, `kNone`
+  ///     too, or a sentence when another operation does
   std::uint64_t getNext();
   bool GetBoolNext();
   double GetDoubleNext();
