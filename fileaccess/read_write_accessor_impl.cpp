@@ -185,12 +185,14 @@ long ReadWriteAccessorImpl::read(char* buf, unsigned long n) {
   // There every file can be moved to, unless what was written does not fit, and the position be
   // counted, which saves a system call each.
   const bool isNear = hasSize_ && 0 <= start && start <= std::numeric_limits<std::int32_t>::max();
+  std::uint32_t size = 0;
   if (isNear) {
-    stream.clear(stream.rdstate() & ~std::ios_base::eofbit);  // fileSize() goes there, too
+    stream.clear(stream.rdstate() & ~std::ios_base::eofbit);
+    size = measure(0);  // goes there, too
   } else {
     stream.seekg(pos);
+    size = fileSize();
   }
-  const std::uint32_t size = isNear ? measure(0) : fileSize();
   stream.read(buf, static_cast<std::streamsize>(n));
   pos = isNear && stream.good() ? std::streampos(start + stream.gcount()) : stream.tellg();
   // Intended: not what the stream has counted.

@@ -96,7 +96,9 @@ KvsTypeInternalType::KvsTypeInternalType(const KvsTypeInternalType& other)
       parsed_as_array_(other.parsed_as_array_),
       restart_pending_(other.restart_pending_),
       second_flag_(other.second_flag_) {
-  copyCursors(other);
+  scalar_cursor_ = SamePlace(other.scalar_list_, other.scalar_cursor_, scalar_list_);
+  object_cursor_ = SamePlace(other.object_list_, other.object_cursor_, object_list_);
+  string_cursor_ = SamePlace(other.string_list_, other.string_cursor_, string_list_);
 }
 
 KvsTypeInternalType& KvsTypeInternalType::operator=(const KvsTypeInternalType& other) {
@@ -112,12 +114,6 @@ KvsTypeInternalType& KvsTypeInternalType::operator=(const KvsTypeInternalType& o
   restart_pending_ = copy.restart_pending_;
   second_flag_ = copy.second_flag_;
   return *this;
-}
-
-void KvsTypeInternalType::copyCursors(const KvsTypeInternalType& other) {
-  scalar_cursor_ = SamePlace(other.scalar_list_, other.scalar_cursor_, scalar_list_);
-  object_cursor_ = SamePlace(other.object_list_, other.object_cursor_, object_list_);
-  string_cursor_ = SamePlace(other.string_list_, other.string_cursor_, string_list_);
 }
 
 void KvsTypeInternalType::demandKind(Kind kind, const char* mismatch) const {

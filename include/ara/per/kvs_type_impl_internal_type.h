@@ -111,7 +111,6 @@ class ARA_PER_EXPORT KvsTypeInternalType {
   ARA_PER_LOCAL void demandKind(Kind kind, const char* mismatch) const;
   ARA_PER_LOCAL void demandNext(Kind kind);
   ARA_PER_LOCAL const char* endOfScalars();
-  ARA_PER_LOCAL void copyCursors(const KvsTypeInternalType& other);
 
   Kind kind_ = Kind::kNone;
   std::list<std::uint64_t> scalar_list_;  // a double, int64_t, uint64_t or bool in eight bytes
